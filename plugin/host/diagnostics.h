@@ -1,0 +1,37 @@
+// Every message of the plugin goes through these: one filter by level for console output, one report that
+// adds where in a script the failure happened, one slot (tidewright_lasterror) for a command's last error.
+#pragma once
+
+#include "tier0.h"
+
+class CScriptLine;
+
+// Switches read on hot paths, kept as integers beside their variables by change callbacks.
+struct CachedSwitches {
+  int debug = 0;              // tidewright_debug: the level threshold
+  int debuglog = 0;           // tidewright_debuglog: 1 routes messages to the server log
+  int scripttrace = 0;        // tidewright_scripttrace: 1 traces script lines, 2 every inserted text
+  int eiface = 1;             // tidewright_eiface
+  int defaultevents = 1;      // tidewright_defaultevents
+  int noisy = 0;              // tidewright_noisy
+  int brannock = 1;           // brannock_tidewright: the master switch
+  int python = 1;             // brannock_python
+  int frametimecheck = 0;     // tidewright_frametimecheck
+};
+extern CachedSwitches g_cached;
+
+// The current instruction: the script line running now, its successor and its file. Written by the
+// execution engine; read by reports and traces. cmd is "(no script)\n" and line "(console)" when no line runs.
+struct Instruction {
+  const char* cmd;
+  CScriptLine* next;
+  const char* line;
+};
+extern Instruction ip;
+
+// Prints when `level` is at most tidewright_debug; to the server log instead when tidewright_debuglog is 1.
+void DbgMsg(int level, const char* format, ...) TW_PRINTF(2, 3);
+// As DbgMsg, followed by the place of the current script line.
+void ReportScriptError(int level, const char* format, ...) TW_PRINTF(2, 3);
+// Stores a short text in tidewright_lasterror. Prints nothing; nothing ever clears it.
+void SetLastErrorText(const char* format, ...) TW_PRINTF(1, 2);

@@ -1,0 +1,1 @@
+// Placeholder until the stand-in server's core lands.

@@ -1,0 +1,3 @@
+#!/usr/bin/env bash
+# Placeholder until the stand-in server lands.
+exit 0
