@@ -1,0 +1,96 @@
+// Hash tables by name: the variable cache, the block and event tables of the registry, the registered
+// commands, stacks and databases. 65536 buckets, each a growable array; the hash starts at 5381 and takes
+// each byte as a signed value, times 33 plus the byte, in wrapping 32-bit arithmetic. Whether names compare
+// exactly or ignoring case is the owner's choice; the hash always counts case, so a name in another case
+// lands in another bucket.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <strings.h>
+#include <string>
+#include <vector>
+
+template <class V>
+class NameTable {
+public:
+  // An entry's place: bucket in the upper 16 bits, index in the bucket in the lower 16.
+  using Handle = uint32_t;
+  static constexpr Handle kNotFound = 0xFFFFFFFFu;
+  static constexpr uint32_t kBuckets = 65536;
+
+  explicit NameTable(bool ignoreCase) : m_ignoreCase(ignoreCase), m_buckets(kBuckets) {}
+
+  static uint32_t Hash(const char* name) {
+    uint32_t h = 5381;
+    for (const char* p = name; *p; ++p) h = h * 33u + uint32_t(int32_t(static_cast<signed char>(*p)));
+    return h;
+  }
+
+  Handle Find(const char* name) const {
+    if (!name) return kNotFound;
+    uint32_t b = Hash(name) & (kBuckets - 1);
+    const Bucket& bucket = m_buckets[b];
+    for (size_t i = 0; i < bucket.size(); ++i)
+      if (Same(bucket[i].key, name)) return (b << 16) | Handle(i);
+    return kNotFound;
+  }
+
+  // Adds the entry unless its name is there; either way gives the handle of the entry of that name.
+  Handle Insert(const char* name, V value) {
+    Handle found = Find(name);
+    if (found != kNotFound) return found;
+    uint32_t b = Hash(name) & (kBuckets - 1);
+    Bucket& bucket = m_buckets[b];
+    if (bucket.capacity() == 0) bucket.reserve(4);
+    bucket.push_back(Entry{name, std::move(value)});
+    ++m_count;
+    return (b << 16) | Handle(bucket.size() - 1);
+  }
+
+  // Removes the entry; those behind it in its bucket move down by one.
+  void Remove(Handle handle) {
+    Bucket* bucket = BucketOf(handle);
+    if (!bucket) return;
+    bucket->erase(bucket->begin() + (handle & 0xFFFF));
+    --m_count;
+  }
+
+  V* Get(Handle handle) {
+    Bucket* bucket = BucketOf(handle);
+    return bucket ? &(*bucket)[handle & 0xFFFF].value : nullptr;
+  }
+
+  const char* KeyAt(Handle handle) {
+    Bucket* bucket = BucketOf(handle);
+    return bucket ? (*bucket)[handle & 0xFFFF].key.c_str() : nullptr;
+  }
+
+  V* FindValue(const char* name) {
+    Handle h = Find(name);
+    return h == kNotFound ? nullptr : Get(h);
+  }
+
+  size_t Count() const { return m_count; }
+
+private:
+  struct Entry {
+    std::string key;
+    V value;
+  };
+  using Bucket = std::vector<Entry>;
+
+  bool Same(const std::string& key, const char* name) const {
+    return m_ignoreCase ? strcasecmp(key.c_str(), name) == 0 : strcmp(key.c_str(), name) == 0;
+  }
+
+  Bucket* BucketOf(Handle handle) {
+    if (handle == kNotFound) return nullptr;
+    Bucket& bucket = m_buckets[handle >> 16];
+    return (handle & 0xFFFF) < bucket.size() ? &bucket : nullptr;
+  }
+
+  bool m_ignoreCase;
+  std::vector<Bucket> m_buckets;
+  size_t m_count = 0;
+};
