@@ -1,0 +1,213 @@
+// The KeyValues text format: value types, comments, malformed input, #include, and save/load round trips.
+#include <gtest/gtest.h>
+
+#include "KeyValues.h"
+#include "memfs.h"
+#include "output_capture.h"
+
+namespace {
+
+KeyValues* Parse(const char* text, MemoryFileSystem* fs = nullptr, const char* name = "test.txt") {
+  KeyValues* kv = new KeyValues("top");
+  EXPECT_TRUE(kv->LoadFromBuffer(name, text, fs));
+  return kv;
+}
+
+std::string Save(KeyValues* kv) {
+  MemoryFileSystem fs;
+  EXPECT_TRUE(kv->SaveToFile(&fs, "out.txt"));
+  return fs.files["out.txt"];
+}
+
+// Developer messages on, so that parse errors can be seen.
+struct DevMessages {
+  int previous = GetDeveloperLevel();
+  DevMessages() { SetDeveloperLevel(1); }
+  ~DevMessages() { SetDeveloperLevel(previous); }
+};
+
+}  // namespace
+
+TEST(KeyValuesText, ValueTypesFollowTheWholeToken) {
+  TreeGuard kv(Parse(R"("s" { "i" "5" "f" "5.5" "t" "5a" "dot" ".5" "e" "" "z" "007" "x" "0x10" "big" "99999999999"
+                       "exp" "1e3" "neg" "-3" })"));
+  EXPECT_STREQ(kv->GetName(), "s");
+  EXPECT_EQ(kv->GetDataType("i"), KeyValues::TYPE_INT);
+  EXPECT_EQ(kv->GetDataType("f"), KeyValues::TYPE_FLOAT);
+  EXPECT_EQ(kv->GetDataType("t"), KeyValues::TYPE_STRING);
+  EXPECT_EQ(kv->GetDataType("dot"), KeyValues::TYPE_FLOAT);
+  EXPECT_EQ(kv->GetDataType("e"), KeyValues::TYPE_STRING);
+  EXPECT_EQ(kv->GetDataType("z"), KeyValues::TYPE_INT);
+  EXPECT_EQ(kv->GetInt("z"), 7);  // numbers lose their text
+  EXPECT_EQ(kv->GetDataType("x"), KeyValues::TYPE_STRING);
+  EXPECT_EQ(kv->GetDataType("big"), KeyValues::TYPE_STRING);  // beyond 32 bits: the text is kept
+  EXPECT_STREQ(kv->GetString("big"), "99999999999");
+  EXPECT_EQ(kv->GetDataType("exp"), KeyValues::TYPE_FLOAT);
+  EXPECT_FLOAT_EQ(kv->GetFloat("exp"), 1000.0f);
+  EXPECT_EQ(kv->GetInt("neg"), -3);
+}
+
+TEST(KeyValuesText, UnquotedTokensAndNesting) {
+  TreeGuard kv(Parse("players\n{\n  42\n  {\n    name Foo\n    kills 3\n  }\n}\n"));
+  EXPECT_STREQ(kv->GetString("42/name"), "Foo");
+  EXPECT_EQ(kv->GetInt("42/kills"), 3);
+}
+
+TEST(KeyValuesText, CommentsOnlyBetweenTokens) {
+  TreeGuard kv(Parse("\"a\" // comment { \"x\" \"y\" }\n{ \"k\" a//b \"k2\" \"v\"/ comment right behind a quote\n"
+                     "\"k3\" \"v3\" }"));
+  EXPECT_STREQ(kv->GetName(), "a");
+  EXPECT_STREQ(kv->GetString("k"), "a//b");
+  EXPECT_STREQ(kv->GetString("k2"), "v");
+  EXPECT_STREQ(kv->GetString("k3"), "v3");
+}
+
+TEST(KeyValuesText, NonAsciiByteEndsACommentAndStopsThePlainToken) {
+  DevMessages dev;
+  OutputCapture out;
+  TreeGuard kv(Parse("\"a\" { \"k\" \"v\" // caf\xc3\xa9\n \"k2\" \"v2\" }"));
+  EXPECT_STREQ(kv->GetString("k"), "v");
+  EXPECT_EQ(kv->FindKey("k2"), nullptr);
+  EXPECT_TRUE(out.Contains("got empty keyname"));
+}
+
+TEST(KeyValuesText, OnlyCommentsLeaveTheNodeAsItWas) {
+  TreeGuard kv(Parse("// nothing here\n   // nor here"));
+  EXPECT_STREQ(kv->GetName(), "top");
+  EXPECT_EQ(kv->GetFirstSubKey(), nullptr);
+}
+
+TEST(KeyValuesText, SingleSlashIsACommentOnlyRightAtTheStartOfARead) {
+  // At the very start a single '/' opens a comment; behind white space it starts a plain token.
+  TreeGuard a(Parse("/x\n\"s\" { \"k\" \"v\" }"));
+  EXPECT_STREQ(a->GetName(), "s");
+  TreeGuard b(Parse("  /x { \"k\" \"v\" }"));
+  EXPECT_STREQ(b->GetName(), "/x");
+}
+
+TEST(KeyValuesText, MalformedInputKeepsWhatWasRead) {
+  DevMessages dev;
+  OutputCapture out;
+  TreeGuard kv(Parse("\"g\" { \"a\" \"1\" \"b\" { \"c\" \"2\" } \"d\" }"));
+  EXPECT_EQ(kv->GetInt("a"), 1);
+  EXPECT_EQ(kv->GetInt("b/c"), 2);
+  // "d" was created before its value turned out to be "}": it stays, with type none.
+  EXPECT_NE(kv->FindKey("d"), nullptr);
+  EXPECT_EQ(kv->GetDataType("d"), KeyValues::TYPE_NONE);
+  EXPECT_TRUE(out.Contains("RecursiveLoadFromBuffer:  got } in key"));
+  EXPECT_TRUE(out.Contains("in file test.txt"));
+}
+
+TEST(KeyValuesText, UnterminatedInputReportsAndStops) {
+  DevMessages dev;
+  OutputCapture out;
+  TreeGuard kv(Parse("\"g\" { \"a\" \"1\" \"b\" \"unterminated"));
+  EXPECT_EQ(kv->GetInt("a"), 1);
+  EXPECT_TRUE(out.Contains("ReadToken unexpected EOF in quoted string"));
+}
+
+TEST(KeyValuesText, StrayClosingBraceAtTopLevelIsASectionName) {
+  DevMessages dev;
+  OutputCapture out;
+  TreeGuard kv(Parse("}"));
+  EXPECT_TRUE(out.Contains("LoadFromBuffer: missing {"));
+}
+
+TEST(KeyValuesText, SeveralSectionsBecomePeers) {
+  TreeGuard kv(Parse("\"one\" { \"a\" \"1\" } \"two\" { \"b\" \"2\" }"));
+  EXPECT_STREQ(kv->GetName(), "one");
+  ASSERT_NE(kv->GetNextKey(), nullptr);
+  EXPECT_STREQ(kv->GetNextKey()->GetName(), "two");
+  EXPECT_EQ(kv->GetNextKey()->GetInt("b"), 2);
+}
+
+TEST(KeyValuesText, IncludeAppendsTheFileBehindThePeers) {
+  MemoryFileSystem fs;
+  fs.files["dir/inc.txt"] = "\"inc\" { \"x\" \"9\" }";
+  TreeGuard kv(Parse("#INCLUDE \"inc.txt\"\n\"main\" { \"a\" \"1\" }", &fs, "dir/main.txt"));
+  EXPECT_STREQ(kv->GetName(), "main");
+  ASSERT_NE(kv->GetNextKey(), nullptr);
+  EXPECT_STREQ(kv->GetNextKey()->GetName(), "inc");
+  EXPECT_EQ(kv->GetNextKey()->GetInt("x"), 9);
+}
+
+TEST(KeyValuesText, IncludeCyclesAreBounded) {
+  MemoryFileSystem fs;
+  fs.files["self.txt"] = "#include \"self.txt\"\n\"s\" { \"a\" \"1\" }";
+  TreeGuard kv(new KeyValues("top"));
+  EXPECT_TRUE(kv->LoadFromFile(&fs, "self.txt"));
+  EXPECT_EQ(kv->GetInt("a"), 1);
+}
+
+TEST(KeyValuesText, MissingIncludeIsReported) {
+  DevMessages dev;
+  OutputCapture out;
+  MemoryFileSystem fs;
+  TreeGuard kv(Parse("#include \"nope.txt\" \"s\" { }", &fs));
+  EXPECT_TRUE(out.Contains("Couldn't load included keyvalue file nope.txt"));
+  EXPECT_EQ(kv->GetNextKey(), nullptr);
+}
+
+TEST(KeyValuesText, OverlongTokenIsCut) {
+  DevMessages dev;
+  OutputCapture out;
+  std::string text = "\"s\" { \"k\" \"" + std::string(2000, 'x') + "\" }";
+  TreeGuard kv(Parse(text.c_str()));
+  EXPECT_EQ(strlen(kv->GetString("k")), 1023u);
+  EXPECT_TRUE(out.Contains(" ReadToken overflow"));
+}
+
+TEST(KeyValuesText, DeepNestingIsRefusedNotRecursedWithoutBound) {
+  std::string text = "\"s\" {";
+  for (int i = 0; i < 100000; ++i) text += " \"k\" {";
+  TreeGuard kv(Parse(text.c_str()));
+  EXPECT_NE(kv->FindKey("k"), nullptr);
+}
+
+TEST(KeyValuesText, RoundTripKeepsStructureAndDropsEmptyValues) {
+  TreeGuard kv(Parse("\"g\" { \"k1\" { \"name\" \"Foo Bar\" \"kills\" \"3\" \"ratio\" \"0.5\" \"empty\" \"\" }"
+                     " \"bare\" { } }"));
+  std::string text = Save(kv.kv);
+  EXPECT_EQ(text,
+            "\"g\"\n{\n\t\"k1\"\n\t{\n\t\t\"name\"\t\t\"Foo Bar\"\n\t\t\"kills\"\t\t\"3\"\n"
+            "\t\t\"ratio\"\t\t\"0.500000\"\n\t}\n}\n");
+  TreeGuard back(Parse(text.c_str()));
+  EXPECT_STREQ(back->GetString("k1/name"), "Foo Bar");
+  EXPECT_EQ(back->GetInt("k1/kills"), 3);
+  EXPECT_EQ(back->FindKey("k1/empty"), nullptr);
+  EXPECT_EQ(back->FindKey("bare"), nullptr);
+}
+
+TEST(KeyValuesText, IntegerReadAsTextStillSavesItsText) {
+  TreeGuard kv(Parse("\"g\" { \"n\" \"5\" }"));
+  EXPECT_STREQ(kv->GetString("n"), "5");
+  EXPECT_NE(Save(kv.kv).find("\"n\"\t\t\"5\""), std::string::npos);
+}
+
+TEST(KeyValuesText, QuoteInValueIsEscapedOnSaveAndFallsOutOfStepOnRead) {
+  TreeGuard kv(new KeyValues("g"));
+  kv->SetString("q", "say \"hi\"");
+  std::string text = Save(kv.kv);
+  EXPECT_NE(text.find("\"say \\\"hi\\\"\""), std::string::npos);
+  TreeGuard back(Parse(text.c_str()));
+  EXPECT_STREQ(back->GetString("q"), "say \\");
+}
+
+TEST(KeyValuesText, SaveFailureIsReported) {
+  DevMessages dev;
+  OutputCapture out;
+  MemoryFileSystem fs;
+  fs.failWrites = true;
+  TreeGuard kv(new KeyValues("g"));
+  EXPECT_FALSE(kv->SaveToFile(&fs, "x.txt"));
+  EXPECT_TRUE(out.Contains("KeyValues::SaveToFile: couldn't open file \"x.txt\" in path \"NULL\"."));
+}
+
+TEST(KeyValuesText, MissingFileGivesFalseWithoutAReport) {
+  DevMessages dev;
+  OutputCapture out;
+  MemoryFileSystem fs;
+  TreeGuard kv(new KeyValues("g"));
+  EXPECT_FALSE(kv->LoadFromFile(&fs, "none.txt"));
+  EXPECT_EQ(out.Text(), "");
+}
