@@ -1,0 +1,172 @@
+// The door machinery: door objects generated from table rows at static initialisation, the prologue,
+// the argument view and the value rule. The Python door's own steps live in python/binder.cpp.
+#include "language/doors.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "eiface.h"
+#include "host/console.h"
+#include "host/diagnostics.h"
+#include "host/engine_surface.h"
+#include "language/expansion.h"
+#include "python/binder.h"
+#include "python/resultslot.h"
+
+CommandArgs* g_currentArgs = nullptr;
+
+namespace {
+
+// Longest command name a door may have.
+constexpr size_t kMaxDoorName = 64;
+const char kExpandsSuffix[] = " Expands event and server variables.";
+
+int s_doorDepth = 0;
+const CommandArgs s_noArgs;
+
+// One console door of a row: the x twin or the expanded twin. It knows its row; nothing is looked up.
+class CommandDoor : public ConCommand {
+public:
+  CommandDoor(const CommandRow& row, bool expanded) : m_row(row), m_expanded(expanded) {
+    snprintf(m_name, sizeof m_name, expanded ? "tw_%s" : "tw_x%s", row.base);
+    m_help = row.help;
+    if (expanded) m_help += kExpandsSuffix;
+    Create(m_name, nullptr, m_help.c_str(), 0);
+  }
+
+  void Dispatch() override {
+    if (!m_expanded) {
+      RunHandler(m_row, false, true);
+      return;
+    }
+    TextBuf line;
+    if (!ParseCommand(line, 0, engine->Cmd_Argc(), '\0')) {
+      ReportScriptError(0, "tw: Error parsing command string: %s\n", engine->Cmd_Args());
+      SetLastErrorText("Error while parsing command string.");
+      return;
+    }
+    CurrentArgsScope scope(Cmd_Tokenize(line.c_str()));
+    RunHandler(m_row, true, true);
+  }
+
+private:
+  const CommandRow& m_row;
+  bool m_expanded;
+  char m_name[kMaxDoorName];
+  std::string m_help;
+};
+
+// The expanded command of a prefix twin: a fixed start, the engine's argument text, through `tw`.
+class PrefixTwinDoor : public ConCommand {
+public:
+  explicit PrefixTwinDoor(const PrefixTwinRow& row) : m_row(row) { Create(row.name, nullptr, row.help, 0); }
+
+  void Dispatch() override {
+    if (engine->Cmd_Argc() < m_row.minArgc) {
+      DbgMsg(0, "%s", m_row.usage);
+      SetLastErrorText("Not enough arguments.");
+      return;
+    }
+    TextBuf line(m_row.lineStart);
+    if (!line.Append(engine->Cmd_Args()) || !line.Append('\n')) {
+      DbgMsg(0, "%s: The command string is too long.\n", m_row.name);
+      SetLastErrorText("Resulting string too long.");
+      return;
+    }
+    DbgMsg(m_row.traceLevel, m_row.trace, line.c_str());
+    ImmediateExecuteCommand(line.c_str());
+  }
+
+private:
+  const PrefixTwinRow& m_row;
+};
+
+}  // namespace
+
+// Door objects live as long as the process: the engine's chain holds them.
+void CommandTable::AddDoors(const CommandRow& row) {
+  if (row.doors & DOOR_X) new CommandDoor(row, false);
+  if (row.doors & DOOR_EXPANDED) new CommandDoor(row, true);
+  if (row.doors & DOOR_PYTHON) RegisterBinder(row);
+}
+
+void CommandTable::AddPlain(const PlainCommandRow& row) { new ConCommand(row.name, row.callback, row.help, 0); }
+
+void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { new PrefixTwinDoor(row); }
+
+// ---- the current record ----
+
+CurrentArgsScope::CurrentArgsScope(CommandArgs* fresh) : m_outer(g_currentArgs) {
+  g_currentArgs = fresh;
+  ++s_doorDepth;
+}
+
+CurrentArgsScope::~CurrentArgsScope() {
+  if (--s_doorDepth > 0) {
+    delete g_currentArgs;
+    g_currentArgs = m_outer;
+  } else {
+    delete m_outer;
+  }
+}
+
+// ---- prologue and arguments ----
+
+void RunHandler(const CommandRow& row, bool expand, bool fromConsole) {
+  ArgView args(expand);
+  DbgMsg(5, "Command: %s;\n", args.Args());
+  if (fromConsole && args.Argc() < row.minArgc) {
+    DbgMsg(0, row.usage, args.Argv(0));
+    SetLastErrorText("Syntax error");
+    return;
+  }
+  row.handler(expand, fromConsole);
+}
+
+ArgView::ArgView(bool expand) : m_record(expand ? (g_currentArgs ? g_currentArgs : &s_noArgs) : nullptr) {}
+
+int ArgView::Argc() const { return m_record ? m_record->Argc() : engine->Cmd_Argc(); }
+
+const char* ArgView::Argv(int i) const {
+  if (m_record) return m_record->Argv(i);
+  const char* text = engine->Cmd_Argv(i);
+  return text ? text : "";
+}
+
+const char* ArgView::Args() const {
+  const char* text = m_record ? m_record->Args() : engine->Cmd_Args();
+  return text ? text : "";
+}
+
+// ---- the value rule ----
+
+bool ReportStored(ConVar* var, const char* varName) {
+  if (!var) {
+    DbgMsg(0, "The var \"%s\" could not be set\n", varName);
+    return false;
+  }
+  DbgMsg(1, "%s = %s\n", var->GetName(), var->GetString());
+  return true;
+}
+
+void ReturnText(bool fromConsole, const char* varName, const char* value) {
+  if (fromConsole)
+    ReportStored(SetVarText(varName, value ? value : "", false), varName);
+  else if (value)
+    SetResultText(value);
+}
+
+void ReturnInt(bool fromConsole, const char* varName, int value) {
+  if (fromConsole)
+    ReportStored(SetVarInt(varName, value, false), varName);
+  else
+    SetResultInt(value);
+}
+
+void ReturnFloat(bool fromConsole, const char* varName, float value) {
+  if (fromConsole)
+    ReportStored(SetVarFloat(varName, value, false), varName);
+  else
+    SetResultFloat(value);
+}

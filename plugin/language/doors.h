@@ -1,0 +1,115 @@
+// The three front doors of a command and the table rows they are generated from. A handler is one plain
+// function behind an x twin (tw_x<base>: engine tokens), an expanded twin (tw_<base>: server_var() and
+// event_var() expanded into a new current CommandArgs) and a Python binder (<base> of module tw_C).
+#pragma once
+
+#include <cstddef>
+
+#include "convar.h"
+#include "script/commandargs.h"
+
+// `expand` picks the argument source (ArgView); `fromConsole` gates the syntax test and sends a value to
+// a variable (true) or to the result slot (false, where value inputs stand one index lower).
+using CommandHandler = void (*)(bool expand, bool fromConsole);
+
+enum : unsigned {
+  DOOR_X = 1,
+  DOOR_EXPANDED = 2,
+  DOOR_PYTHON = 4,
+  DOORS_CONSOLE = DOOR_X | DOOR_EXPANDED,
+  DOORS_ALL = DOOR_X | DOOR_EXPANDED | DOOR_PYTHON,
+};
+
+// A base with its doors. The door machinery runs the prologue from the row: the level 5 "Command: %s;\n"
+// and, at the console doors, the minimum count with the usage line and "Syntax error".
+struct CommandRow {
+  const char* base;
+  CommandHandler handler;
+  int minArgc;
+  const char* usage;  // printed with Argv(0), the name of the door used
+  const char* help;   // the x twin's help text, and the binder's doc text
+  unsigned doors;
+};
+
+// A command of one form: a name, a callback reading the engine's tokens, a help text.
+struct PlainCommandRow {
+  const char* name;
+  FnCommandCallback callback;
+  const char* help;
+};
+
+// A prefix twin: checks the engine's count, then hands "<lineStart><Cmd_Args>\n" to the head of the buffer,
+// where it passes through `tw` like any line.
+struct PrefixTwinRow {
+  const char* name;
+  int minArgc;
+  const char* lineStart;
+  const char* usage;  // below the minimum, with the last error "Not enough arguments."
+  const char* trace;  // printed with the line at traceLevel
+  int traceLevel;
+  const char* help;
+};
+
+// Registers every door of a table at static initialisation: `static const CommandTable s_table(kRows);`.
+class CommandTable {
+public:
+  template <size_t N>
+  explicit CommandTable(const CommandRow (&rows)[N]) {
+    for (const CommandRow& row : rows) AddDoors(row);
+  }
+  template <size_t N>
+  explicit CommandTable(const PlainCommandRow (&rows)[N]) {
+    for (const PlainCommandRow& row : rows) AddPlain(row);
+  }
+  template <size_t N>
+  explicit CommandTable(const PrefixTwinRow (&rows)[N]) {
+    for (const PrefixTwinRow& row : rows) AddPrefixTwin(row);
+  }
+
+private:
+  static void AddDoors(const CommandRow& row);
+  static void AddPlain(const PlainCommandRow& row);
+  static void AddPrefixTwin(const PrefixTwinRow& row);
+};
+
+// The doors' current record: replaced by every expanded twin and binder call, kept until the next one.
+extern CommandArgs* g_currentArgs;
+
+// Installs a new current record for one door call. The outermost call leaves its record in place; a call
+// nested in another door restores the outer call's record when it ends, so the outer handler can go on
+// reading its arguments.
+class CurrentArgsScope {
+public:
+  explicit CurrentArgsScope(CommandArgs* fresh);
+  ~CurrentArgsScope();
+  CurrentArgsScope(const CurrentArgsScope&) = delete;
+  CurrentArgsScope& operator=(const CurrentArgsScope&) = delete;
+
+private:
+  CommandArgs* m_outer;
+};
+
+// The prologue and the handler of a row, for the doors and the binder.
+void RunHandler(const CommandRow& row, bool expand, bool fromConsole);
+
+// The arguments a handler reads: the engine's current command, or the current record when `expand`.
+// Argv out of range is "", Args is never null.
+class ArgView {
+public:
+  explicit ArgView(bool expand);
+  int Argc() const;
+  const char* Argv(int i) const;
+  const char* Args() const;
+
+private:
+  const CommandArgs* m_record;  // null: the engine's tokens
+};
+
+// The value rule. At the console doors the value goes into the variable `varName` (force false), with
+// "%s = %s\n" at level 1 or "The var \"%s\" could not be set\n" at level 0; from Python it fills the result
+// slot. A null text stores the empty text at the console and leaves the slot empty (None) for Python.
+void ReturnText(bool fromConsole, const char* varName, const char* value);
+void ReturnInt(bool fromConsole, const char* varName, int value);
+void ReturnFloat(bool fromConsole, const char* varName, float value);
+// Stores a value that has already been set; prints as the value rule does. False when `var` is null.
+bool ReportStored(ConVar* var, const char* varName);

@@ -1,0 +1,233 @@
+// The execution engine: CScriptMachine with its block frames, DoBlock, and the commands that the compiled
+// lines and the buffer run on (tw__ip, tw__db, tw__de, tw__sb, tw__eb) plus tw_xdoblock/tw_doblock.
+#include "script/machine.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "eiface.h"
+#include "host/engine_surface.h"
+#include "language/doors.h"
+#include "language/textbuf.h"
+
+// Defined before the machine so that they outlive it: destroying the scripts gives their handles back.
+HandleTable<CScriptLine> g_lineHandles;
+HandleTable<CBlock> g_blockHandles;
+CScriptMachine g_scriptMachine;
+
+namespace {
+
+constexpr size_t kByteStackStart = 32;
+constexpr size_t kPointerStackStart = 8;
+
+template <class T>
+void PopInto(std::vector<T>& stack, T& field) {
+  if (stack.empty()) return;  // a stray tw__eb leaves the field as it is
+  field = stack.back();
+  stack.pop_back();
+}
+
+void ResetInstruction() {
+  ip.line = "(console)";
+  ip.cmd = "(no script)\n";
+  ip.next = nullptr;
+}
+
+// Hands a prepared block to the buffer: its first line, with the tw__ip of the second behind it.
+void QueueFirstLine(const Instruction& start, const char* name) {
+  if (!start.next) {
+    DbgMsg(2, "Null instruction pointer provided for block: %s.\n", name);
+    ImmediateExecuteCommand(start.cmd);
+    return;
+  }
+  char next[48];
+  snprintf(next, sizeof next, "tw__ip %llu\n", static_cast<unsigned long long>(start.next->handle));
+  ImmediateExecuteCommand(next);
+  ImmediateExecuteCommand(start.cmd);
+}
+
+void FillInstruction(const CBlock* block, Instruction& instruction) {
+  instruction.cmd = block->firstLine->text;
+  instruction.next = block->firstLine->next;
+  instruction.line = block->firstLine->fileName;
+}
+
+}  // namespace
+
+// ---- the machine ----
+
+CScriptMachine::CScriptMachine() : blockArgs(new CommandArgs) {
+  ifResultStack.reserve(kByteStackStart);
+  ownsStack.reserve(kByteStackStart);
+  argsStack.reserve(kPointerStackStart);
+}
+
+CScriptMachine::~CScriptMachine() {
+  delete blockArgs;
+  for (CommandArgs* saved : argsStack) delete saved;
+}
+
+bool CScriptMachine::ExecBlock(const char* name, Instruction& instruction, const char* args) {
+  if (skipNextBlock) {
+    skipNextBlock = 0;
+    return false;
+  }
+  CBlock* block = registry.GetBlock(name);
+  if (!block) return false;
+  DbgMsg(4, "ExecBlock found block: %s;\n", name);
+  FillInstruction(block, instruction);
+  DbgMsg(6, "ExecBlock discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
+         static_cast<unsigned long long>(instruction.next ? instruction.next->handle : 0), instruction.cmd);
+  if (args) PushArgs(args);
+  return true;
+}
+
+bool CScriptMachine::ExecEvent(BlockHandle handle, Instruction& instruction) {
+  CBlock* block = registry.GetEvent(handle);
+  if (!block) return false;
+  DbgMsg(4, "ExecEvent found block: %llu;\n", static_cast<unsigned long long>(handle));
+  DbgMsg(7, "ExecEventpCode->GetString\n");
+  DbgMsg(7, "ExecEventpCode->GetNextLine\n");
+  DbgMsg(7, "ExecEventpCode->GetLineNumberStrin\n");
+  FillInstruction(block, instruction);
+  DbgMsg(6, "ExecEvent discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
+         static_cast<unsigned long long>(instruction.next ? instruction.next->handle : 0), instruction.cmd);
+  return true;
+}
+
+void CScriptMachine::PushArgs(const char* args) {
+  argsStack.push_back(blockArgs);
+  blockArgs = Cmd_Tokenize(args);
+  ownsStack.push_back(blockOwnsArgs);
+  blockOwnsArgs = 1;
+  argsPending = 1;
+}
+
+void CScriptMachine::StartBlock() {
+  ifResultStack.push_back(lastIfResult);
+  if (argsPending) {
+    argsPending = 0;  // PushArgs has saved the owner flag already
+    return;
+  }
+  ownsStack.push_back(blockOwnsArgs);
+  blockOwnsArgs = 0;
+}
+
+void CScriptMachine::EndBlock() {
+  PopInto(ifResultStack, lastIfResult);
+  if (blockOwnsArgs) {
+    delete blockArgs;
+    blockArgs = nullptr;
+    PopInto(argsStack, blockArgs);
+  }
+  PopInto(ownsStack, blockOwnsArgs);
+}
+
+// ---- running blocks ----
+
+bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
+  CScriptLine* line = g_lineHandles.Get(handle);
+  if (!line) return false;
+  instruction.cmd = line->text;
+  instruction.next = line->next;
+  instruction.line = line->fileName;
+  DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
+         static_cast<unsigned long long>(handle), instruction.cmd);
+  return instruction.next != nullptr;
+}
+
+void DoBlock(const char* text, const char* args) {
+  DbgMsg(4, "tw__db %s;\n", text);
+  // Block names are far shorter than the buffer, so a cut name can only fail to be found.
+  const char* start = text ? text : "";
+  while (*start == ' ' || *start == '\t' || *start == '\r' || *start == '\n') ++start;
+  size_t n = strlen(start);
+  while (n > 0 && strchr(" \t\r\n", start[n - 1])) --n;
+  char name[TEXT_BUFFER_SIZE];
+  snprintf(name, sizeof name, "%.*s", int(n < sizeof name ? n : sizeof name - 1), start);
+
+  if (!g_scriptMachine.registry.GetBlock(name)) return;  // a missing block is no error
+  Instruction start_{};
+  if (!g_scriptMachine.ExecBlock(name, start_, args)) {
+    DbgMsg(2, "Block was refused: %s.\n", name);
+    return;
+  }
+  DbgMsg(5, "doblock preparing:\n   NextIP: 0x%llx\n      Cmd: %s",
+         static_cast<unsigned long long>(start_.next ? start_.next->handle : 0), start_.cmd);
+  QueueFirstLine(start_, name);
+}
+
+namespace {
+
+// tw__ip <line handle>: runs that line, with the tw__ip of its successor behind it. A line without a
+// successor (a block's end line), and a handle of no live line, only mark that no script runs.
+void InstructionPointer_f() {
+  ip.next = nullptr;
+  LineHandle handle = strtoull(engine->Cmd_Args(), nullptr, 10);
+  if (!ExecNextInstruction(handle, ip)) {
+    ResetInstruction();
+    return;
+  }
+  char next[48];
+  snprintf(next, sizeof next, "tw__ip %llu\n", static_cast<unsigned long long>(ip.next->handle));
+  ImmediateExecuteCommand(next);
+  if (g_cached.debug >= 7) DbgMsg(7, "ip.cmd: %s\nip.line: %s\n", ip.cmd, ip.line);
+  if (g_cached.scripttrace == 1) {
+    const bool internal = strlen(ip.cmd) > 3 && ip.cmd[2] == '_' && ip.cmd[3] == '_';
+    if (!internal) DbgMsg(0, "[%s] %s", ip.line, ip.cmd);
+  }
+  ImmediateExecuteCommand(ip.cmd);
+}
+
+void DoBlockInternal_f() { DoBlock(engine->Cmd_Args(), nullptr); }
+
+// tw__de <block handle in hex>: runs a block named by handle; a handle of a block that is gone runs nothing.
+void DoEvent_f() {
+  BlockHandle handle = strtoull(engine->Cmd_Args(), nullptr, 16);
+  DbgMsg(4, "tw__de %llx;\n", static_cast<unsigned long long>(handle));
+  Instruction start{};
+  if (!g_scriptMachine.ExecEvent(handle, start)) {
+    DbgMsg(2, "Block was refused: %llu.\n", static_cast<unsigned long long>(handle));
+    ResetInstruction();
+    return;
+  }
+  DbgMsg(5, "doevent preparing:\n   NextIP: 0x%llx\n      Cmd: %s",
+         static_cast<unsigned long long>(start.next ? start.next->handle : 0), start.cmd);
+  char name[32];
+  snprintf(name, sizeof name, "%llu", static_cast<unsigned long long>(handle));
+  QueueFirstLine(start, name);
+}
+
+void StartBlock_f() {
+  g_scriptMachine.StartBlock();
+  DbgMsg(4, "tw__startblock %s\n", engine->Cmd_Args());
+}
+
+void EndBlock_f() {
+  g_scriptMachine.EndBlock();
+  DbgMsg(4, "tw__endblock\n");
+}
+
+void DoBlock_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  DbgMsg(1, "tw_xdoblock: Executing block: %s\n", args.Args());
+  DoBlock(args.Args(), nullptr);
+}
+
+const PlainCommandRow kMachineCommands[] = {
+    {"tw__ip", InstructionPointer_f, "Tidewright internal command: runs the next line of a block."},
+    {"tw__db", DoBlockInternal_f, "Tidewright internal command: runs a nested block."},
+    {"tw__de", DoEvent_f, "Tidewright internal command: runs an event block."},
+    {"tw__sb", StartBlock_f, "Tidewright internal command: opens a block's frame."},
+    {"tw__eb", EndBlock_f, "Tidewright internal command: closes a block's frame."},
+};
+const CommandTable s_machineCommands(kMachineCommands);
+
+const CommandRow kBlockCommands[] = {
+    {"doblock", DoBlock_h, 2, "Syntax: %s <script>/<function>\n", "Runs a block of a loaded script: <script>/<block>.",
+     DOORS_ALL},
+};
+const CommandTable s_blockCommands(kBlockCommands);
+
+}  // namespace

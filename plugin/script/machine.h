@@ -1,0 +1,48 @@
+// The execution engine: a block runs through the engine's command buffer, each line inserted with a pending
+// "tw__ip <handle of the next line>" behind it. CScriptMachine holds the frame state that block calls share.
+#pragma once
+
+#include <vector>
+
+#include "host/diagnostics.h"
+#include "script/commandargs.h"
+#include "script/registry.h"
+
+class CScriptMachine {
+public:
+  CScriptMachine();
+  ~CScriptMachine();
+  CScriptMachine(const CScriptMachine&) = delete;
+  CScriptMachine& operator=(const CScriptMachine&) = delete;
+
+  // Finds the block and fills `instruction` from its first line; false when there is none or when a false
+  // condition asked for the next block to be refused. `args`, when given, become the block's arguments.
+  bool ExecBlock(const char* name, Instruction& instruction, const char* args);
+  // The same for a block named by handle, without arguments and without refusal.
+  bool ExecEvent(BlockHandle handle, Instruction& instruction);
+
+  // Block frames: tw__sb and tw__eb bracket every block's run.
+  void PushArgs(const char* args);
+  void StartBlock();
+  void EndBlock();
+
+  unsigned char lastIfResult = 0;
+  unsigned char skipNextBlock = 0;
+  unsigned char argsPending = 0;
+  unsigned char blockOwnsArgs = 0;
+  // The arguments of the running block call, read by tw_getargv/c/s. Not the doors' current record.
+  CommandArgs* blockArgs;
+  std::vector<unsigned char> ifResultStack;
+  std::vector<CommandArgs*> argsStack;
+  std::vector<unsigned char> ownsStack;
+  CScriptRegistry registry;
+};
+
+// The one machine of the process.
+extern CScriptMachine g_scriptMachine;
+
+// Fills `instruction` from the line of that handle; true when the line has a successor. A handle of a line
+// that is gone fills nothing and gives false.
+bool ExecNextInstruction(LineHandle handle, Instruction& instruction);
+// Starts a block by name (white space around it removed); `args`, when given, become its arguments.
+void DoBlock(const char* text, const char* args);

@@ -1,0 +1,286 @@
+// Script files and their compiled form: CScriptLine, CBlock, CScript, the reader of script text and
+// LoadAddonFile. Finding scripts and blocks by name is the registry's (registry.cpp).
+#include "script/scriptfile.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "filesystem.h"
+#include "host/diagnostics.h"
+#include "host/engine_surface.h"
+#include "script/machine.h"
+
+namespace {
+
+char* CopyText(const char* text) {
+  size_t n = strlen(text) + 1;
+  char* copy = static_cast<char*>(malloc(n));
+  memcpy(copy, text, n);
+  return copy;
+}
+
+// Copies at most size - 1 characters; true when the whole text fitted.
+bool CopyBounded(char* out, size_t size, const char* text) {
+  size_t n = strlen(text);
+  bool fits = n < size;
+  if (!fits) n = size - 1;
+  memcpy(out, text, n);
+  out[n] = '\0';
+  return fits;
+}
+
+void TrimBothEnds(char* text) {
+  size_t n = strlen(text);
+  while (n > 0 && isspace(static_cast<unsigned char>(text[n - 1]))) text[--n] = '\0';
+  size_t start = 0;
+  while (isspace(static_cast<unsigned char>(text[start]))) ++start;
+  memmove(text, text + start, n - start + 1);
+}
+
+}  // namespace
+
+// ---- lines and blocks ----
+
+CScriptLine::CScriptLine(CBlock* owner, const char* lineText, const char* file, int number)
+    : text(CopyText(lineText)), block(owner), fileName(file), lineNumber(number), handle(g_lineHandles.Add(this)) {}
+
+CScriptLine::~CScriptLine() {
+  g_lineHandles.Remove(handle);
+  // A script can be removed while its line is the current instruction (a block that unloads its own
+  // script): reports must not read the released text.
+  if (ip.cmd == text) {
+    ip.cmd = "(no script)\n";
+    ip.line = "(console)";
+  }
+  if (ip.next == this) ip.next = nullptr;
+  free(text);
+}
+
+CBlock::CBlock(const char* fullName, CScript* owner, bool event) : script(owner), isEvent(event) {
+  DbgMsg(5, "Name: %s\n", fullName);
+  CopyBounded(name, sizeof name, fullName);
+  const char* slash = strrchr(name, '/');
+  baseName = slash ? slash + 1 : name;
+  DbgMsg(5, "CBlock: Basename: %s\n", baseName);
+  char first[MAX_BLOCK_NAME + 16];
+  snprintf(first, sizeof first, "tw__sb %s\n", name);
+  firstLine = lastLine = new CScriptLine(this, first, owner ? owner->fileName : "tw_unknown.txt",
+                                         owner ? owner->lineNumber : 0);
+  handle = g_blockHandles.Add(this);
+}
+
+CBlock::~CBlock() {
+  g_blockHandles.Remove(handle);
+  for (CScriptLine* line = firstLine; line;) {
+    CScriptLine* following = line->next;
+    delete line;
+    line = following;
+  }
+}
+
+int CBlock::AddLine(const char* lineText, int number) {
+  if (closed || !lineText) return -1;
+  ++lineCount;
+  CScriptLine* line = new CScriptLine(this, lineText, lastLine->fileName, number);
+  lastLine->next = line;
+  lastLine = line;
+  DbgMsg(7, "Added block line #%d to block %s:\n  %s", number, name, lineText);
+  return lineCount;
+}
+
+int CBlock::CloseBlock() {
+  AddLine("tw__eb\n\n", -1);
+  AddLine("\n", -1);
+  closed = true;
+  return lineCount;
+}
+
+// ---- scripts ----
+
+CScript::CScript(const char* scriptName) : name(CopyText(scriptName)) {
+  for (char* p = name; *p; ++p)
+    if (*p == '\\') *p = '/';
+  size_t n = strlen(name) + 8;
+  fileName = static_cast<char*>(malloc(n));
+  snprintf(fileName, n, "tw_%s.txt", name);
+}
+
+CScript::~CScript() {
+  for (CBlock* block = firstBlock; block;) {
+    CBlock* following = block->next;
+    delete block;
+    block = following;
+  }
+  free(fileName);
+  free(name);
+}
+
+// The reader of script text: one line per call, leading white space skipped, a line cut to the buffer
+// with the rest of it passed over. An empty line means the end of the text (or a NUL byte).
+struct CScript::Reader {
+  const char* data;
+  size_t size;
+  size_t pos = 0;
+
+  void GetLine(char* out, size_t outSize) {
+    while (pos < size && data[pos] && isspace(static_cast<unsigned char>(data[pos]))) ++pos;
+    size_t n = 0;
+    while (pos < size && data[pos] != '\r' && data[pos] != '\n' && data[pos] != '\0') {
+      if (n + 1 < outSize) out[n++] = data[pos];
+      ++pos;
+    }
+    out[n] = '\0';
+  }
+};
+
+bool CScript::ParseBuffer(const char* data, size_t size) {
+  Reader reader{data, size};
+  std::vector<char> line(MAX_TOPLEVEL_LINE);
+  reader.GetLine(line.data(), line.size());
+  ++lineNumber;
+  while (line[0]) {
+    const bool isEvent = strncmp(line.data(), "event ", 6) == 0;
+    if (isEvent || strncmp(line.data(), "block ", 6) == 0) {
+      char sectionName[MAX_TOPLEVEL_LINE];
+      const char* p = line.data() + 6;
+      while (isspace(static_cast<unsigned char>(*p))) ++p;
+      snprintf(sectionName, sizeof sectionName, "%s", p);
+      reader.GetLine(line.data(), line.size());  // the line of the opening brace, never looked at
+      ++lineNumber;
+      TrimBothEnds(sectionName);
+      if (strlen(sectionName) >= MAX_SECTION_NAME) {
+        sectionName[MAX_SECTION_NAME - 1] = '\0';
+        DbgMsg(0, "[Tidewright] Section name too long in %s, cut to %d characters: %s\n", fileName,
+               MAX_SECTION_NAME - 1, sectionName);
+      }
+      CreateBlocks(reader, isEvent, sectionName);
+    }
+    reader.GetLine(line.data(), line.size());
+    ++lineNumber;
+  }
+  return true;
+}
+
+CBlock* CScript::OpenBlock(const char* sectionName, bool isEvent) {
+  ++blockCount;
+  char fullName[MAX_SCRIPT_NAME + MAX_SECTION_NAME + 16];
+  if (sectionName)
+    snprintf(fullName, sizeof fullName, "%s/%s", name, sectionName);
+  else
+    snprintf(fullName, sizeof fullName, "%s.b%d", name, blockCount);
+  if (strlen(fullName) >= MAX_BLOCK_NAME)
+    DbgMsg(0, "[Tidewright] Block name too long in %s, cut to %d characters: %.*s\n", fileName,
+           MAX_BLOCK_NAME - 1, MAX_BLOCK_NAME - 1, fullName);
+  return new CBlock(fullName, this, sectionName ? isEvent : false);
+}
+
+void CScript::AppendBlock(CBlock* block) {
+  CBlock** tail = &firstBlock;
+  while (*tail) tail = &(*tail)->next;
+  *tail = block;
+}
+
+// Reads one section behind its opening brace. Nested braces open anonymous blocks; each closed block
+// joins the script's list at once (so a nested block stands before its parent) and leaves a tw__db line
+// in its parent. The end of the text closes every open block. Kept iterative: nesting has no depth limit.
+void CScript::CreateBlocks(Reader& reader, bool isEvent, const char* sectionName) {
+  std::vector<CBlock*> open{OpenBlock(sectionName, isEvent)};
+  std::vector<char> line(MAX_SCRIPT_LINE);
+  char text[MAX_SCRIPT_LINE + 1];
+  auto closeInnermost = [&] {
+    CBlock* block = open.back();
+    open.pop_back();
+    block->CloseBlock();
+    AppendBlock(block);
+    if (!open.empty()) {
+      char call[MAX_BLOCK_NAME + 16];
+      snprintf(call, sizeof call, "tw__db %s\n", block->name);
+      open.back()->AddLine(call, lineNumber);
+    }
+  };
+  while (!open.empty()) {
+    reader.GetLine(line.data(), line.size());
+    ++lineNumber;
+    DbgMsg(6, "CreateBlocks# %s\n", line.data());
+    if (!line[0]) {
+      while (!open.empty()) closeInnermost();
+      break;
+    }
+    const char* p = line.data();
+    while (*p == ' ' || *p == '\t') ++p;
+    if (p[0] == '/' && p[1] == '/') continue;
+    if (*p == '}') {
+      closeInnermost();
+    } else if (*p == '{') {
+      open.push_back(OpenBlock(nullptr, false));
+    } else {
+      snprintf(text, sizeof text, "%s\n", p);
+      open.back()->AddLine(text, lineNumber);
+    }
+  }
+}
+
+// ---- loading ----
+
+namespace {
+
+// The last component of a name: behind the last backslash, else behind the last slash, else all of it.
+const char* LastComponent(const char* name) {
+  if (const char* b = strrchr(name, '\\')) return b + 1;
+  if (const char* s = strrchr(name, '/')) return s + 1;
+  return name;
+}
+
+// Reads the whole file; the byte behind the data is 0 whatever the read gave.
+void CompileFile(CScript* script, FileHandle_t file, const char* path) {
+  size_t size = filesystem->Size(file);
+  DbgMsg(1, "Script %s created. Size: %d\n", script->name, int(size + 1));
+  char* data = static_cast<char*>(calloc(size + 2, 1));
+  int read = filesystem->Read(data, int(size + 1), file);
+  DbgMsg(1, "Read from file: %s return %d.\n", path, read);
+  script->ParseBuffer(data, size + 1);
+  free(data);
+}
+
+}  // namespace
+
+void LoadAddonFile(const char* name) {
+  DbgMsg(2, "LoadAddonFile().\n");
+  char scriptName[MAX_SCRIPT_NAME];
+  char path[MAX_SCRIPT_NAME];
+  if (!CopyBounded(scriptName, sizeof scriptName, name ? name : "")) {
+    ReportScriptError(0, "[Tidewright] Script name too long (at most %d characters).\n", MAX_SCRIPT_NAME - 1);
+    return;
+  }
+  const char* base = LastComponent(name);
+  for (char* p = scriptName; *p; ++p)
+    if (*p == '\\') *p = '/';
+  if (snprintf(path, sizeof path, "addons/tidewright/%s/tw_%s.txt", scriptName, base) >= int(sizeof path)) {
+    ReportScriptError(0, "[Tidewright] Script path too long (at most %d characters).\n", MAX_SCRIPT_NAME - 1);
+    return;
+  }
+  DbgMsg(1, "%s\n", path);
+  FileHandle_t file = filesystem->Open(path, "r", nullptr);
+  if (!file) {
+    ReportScriptError(0, "Could not open script for %s\n", path);
+    return;
+  }
+  DbgMsg(1, "File opened: %s.\n", path);
+  CScript* script = new CScript(scriptName);
+  CompileFile(script, file, path);
+  DbgMsg(1, "[Tidewright] Loading file... \n");
+  if (g_scriptMachine.registry.AddScript(script)) {
+    DbgMsg(0, "[Tidewright] Loaded %s\n", script->name);
+    char load[MAX_SCRIPT_NAME + 32];
+    snprintf(load, sizeof load, "tw__db %s/load\n", script->name);
+    ImmediateExecuteCommand(load);
+  } else {
+    DbgMsg(0, "[Tidewright] Load script failed. It might already be loaded, try to tw_unload it first. %s\n",
+           scriptName);
+    delete script;
+  }
+  filesystem->Close(file);
+}
