@@ -17,7 +17,9 @@ public:
 
   int Argc() const { return m_argc; }
   // Token `i`; the empty text for any index out of range, negative ones included.
-  const char* Argv(int i) const { return unsigned(i) < unsigned(m_argc) ? m_store + m_argv[i] : ""; }
+  const char* Argv(int i) const {
+    return unsigned(i) < unsigned(m_argc) && unsigned(i) < MAX_COMMAND_TOKENS ? m_store + m_argv[i] : "";
+  }
   // The text behind the first token, quotes included; null until a second token exists.
   const char* Args() const { return m_args < 0 ? nullptr : m_store + m_args; }
 
