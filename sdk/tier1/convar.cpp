@@ -106,7 +106,7 @@ bool ConCommand::IsCommand() const { return true; }
 
 int ConCommand::AutoCompleteSuggest(const char* partial,
                                     char answers[COMMAND_COMPLETION_MAXITEMS][COMMAND_COMPLETION_ITEM_LENGTH]) {
-  return m_fnCompletionCallback(partial, answers);
+  return m_fnCompletionCallback ? m_fnCompletionCallback(partial, answers) : 0;
 }
 
 bool ConCommand::CanAutoComplete() { return m_bHasCompletionCallback; }
@@ -230,7 +230,7 @@ void ConVar::ChangeStringValue(const char* value) {
     m_pszString = static_cast<char*>(malloc(size_t(needed)));
     m_StringLength = needed;
   }
-  memcpy(m_pszString, value, size_t(needed));
+  memmove(m_pszString, value, size_t(needed));  // the text may be this variable's own string
 
   if (m_fnChangeCallback) m_fnChangeCallback(this, old);
   if (notify) g_pCvar->CallGlobalChangeCallback(this, old);
