@@ -85,14 +85,20 @@ void CreateUserTree() {
   g_userTree->FindKey("Ungrouped", true);
 }
 
-// The server's command line, stored in tidewright_cmdline when the command buffer next runs. A command line
-// too long for the buffer is cut, so that the command keeps its closing quote and line end.
+// The server's command line, stored in tidewright_cmdline when the command buffer next runs. It travels as
+// one quoted argument, so its own double quotes become single ones and line ends become blanks; a command
+// line too long for the buffer is cut, and the command keeps its closing quote and line end.
 void QueueCommandLine() {
-  static constexpr const char* kPrefix = "tw_xsetinfo tidewright_cmdline \"";
-  static constexpr const char* kSuffix = "\"\n";
-  const int room = kMaxCommandLine - 1 - int(strlen(kPrefix) + strlen(kSuffix));
+  static constexpr char kPrefix[] = "tw_xsetinfo tidewright_cmdline \"";
+  static constexpr char kSuffix[] = "\"\n";
+  char line[kMaxCommandLine - (sizeof kPrefix - 1) - (sizeof kSuffix - 1)];
+  snprintf(line, sizeof line, "%s", TextOrEmpty(CommandLine()->GetCmdLine()));
+  for (char* c = line; *c; ++c) {
+    if (*c == '"') *c = '\'';
+    if (*c == '\n' || *c == '\r') *c = ' ';
+  }
   char command[kMaxCommandLine];
-  snprintf(command, sizeof command, "%s%.*s%s", kPrefix, room, TextOrEmpty(CommandLine()->GetCmdLine()), kSuffix);
+  snprintf(command, sizeof command, "%s%s%s", kPrefix, line, kSuffix);
   engine->ServerCommand(command);
 }
 

@@ -82,6 +82,9 @@ void ConCommandBase::Create(const char* name, const char* help, int flags) {
 
 void ConCommandBase::Init() {
   if (s_pAccessor && !m_bRegistered) {
+    // Handed over: the object no longer waits in the module's list, whose head would otherwise lead a later
+    // connect into the engine's chain.
+    if (s_pConCommandBases == this) s_pConCommandBases = m_pNext;
     s_pAccessor->RegisterConCommandBase(this);
     m_bRegistered = true;
   }
