@@ -75,6 +75,7 @@ ConVar* FindServerVar(const char* name) {
 }
 
 ConVar* CreateServerVar(const char* name, const char* defaultValue, int flags, const char* help) {
+  if (!name) return nullptr;
   char* nameCopy = CopyText(name);
   char* defaultCopy = CopyText(defaultValue ? defaultValue : "");
   ConVar* var = new (std::nothrow) ConVar(nameCopy, defaultCopy, flags, help);

@@ -61,24 +61,11 @@ TEST_F(ConsoleTest, ObjectMadeAfterConnectingRegistersAtOnceAsThePlugins) {
   EXPECT_EQ(world->cvar.head, v);
 }
 
-TEST_F(ConsoleTest, SecondInitRegistersNothing) {
-  ConVar* v = MakeVar("hs_reg_b", "1");
-  int before = world->cvar.registrations;
-  v->Init();
-  EXPECT_EQ(world->cvar.registrations, before);
-}
-
 TEST_F(ConsoleTest, ConnectingAgainRegistersNothingTwice) {
   MakeVar("hs_reg_c", "1");
   std::vector<std::string> before = world->cvar.Names();
   ConnectConsole(&FakeWorld::EngineFactory);
   EXPECT_EQ(world->cvar.Names(), before);
-}
-
-TEST_F(ConsoleTest, UnregisteredFlagStillRegistersOnceConnected) {
-  ConVar* v = new ConVar("hs_reg_d", "1", FCVAR_UNREGISTERED, "x");
-  // Connected already, so it registers at once even so.
-  EXPECT_TRUE(v->IsRegistered());
 }
 
 // ---- setting values ----
@@ -114,12 +101,6 @@ TEST_F(ConsoleTest, CallbackSeesNewValuesAndOldText) {
   EXPECT_EQ(g_oldSeen, "old");
   EXPECT_EQ(g_newSeen, "12.5");
   EXPECT_EQ(g_intSeen, 12);
-}
-
-TEST_F(ConsoleTest, TextSetterRunsCallbackEvenForTheSameText) {
-  ConVar* v = MakeVar("hs_cb_same", "1", 0, CountChange);
-  v->SetValue("1");
-  EXPECT_EQ(g_callbacks, 1);
 }
 
 TEST_F(ConsoleTest, StringBlockGrowsForLongerTextAndKeepsItsSizeForShorter) {
@@ -207,11 +188,6 @@ TEST_F(ConsoleTest, MissIsNotRemembered) {
   ConVar* v = MakeVar("hs_later", "1");
   EXPECT_EQ(FindServerVar("hs_later"), v);
   EXPECT_EQ(FindServerVar(nullptr), nullptr);
-}
-
-TEST_F(ConsoleTest, CommandsAreNoVariables) {
-  new ConCommand("hs_a_command", nullptr, "a command");
-  EXPECT_EQ(FindServerVar("hs_a_command"), nullptr);
 }
 
 // ---- creation on demand ----
@@ -370,14 +346,6 @@ TEST_F(ConsoleTest, ConfigurationVariablesStandInTheChainWithTheirDefaults) {
     EXPECT_TRUE(v->IsBitSet(FCVAR_PLUGIN));
     EXPECT_EQ(v->m_fnChangeCallback != nullptr, row.cached);
   }
-}
-
-TEST_F(ConsoleTest, HelpTextsAreTheSystems) {
-  EXPECT_STREQ(tidewright_quote.GetHelpText(), "A quotation mark. A tool, not a variable.");
-  EXPECT_STREQ(brannock_python.GetHelpText(), "Enable Python support for Tidewright");
-  EXPECT_STREQ(tidewright_eiface.GetHelpText(),
-               "Internal function for helping Tidewright choose the right ImmediateExecuteCommand for command "
-               "ordering.");
 }
 
 TEST_F(ConsoleTest, CachedSwitchesFollowTheirVariables) {

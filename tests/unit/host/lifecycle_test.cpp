@@ -247,7 +247,8 @@ TEST(ResourceFile, DeclaresTheEightEventsWithFittingKinds) {
   };
   std::map<std::string, std::map<std::string, std::string>> found;
   for (KeyValues* e = top->GetFirstSubKey(); e; e = e->GetNextKey())
-    for (KeyValues* f = e->GetFirstSubKey(); f; f = f->GetNextKey()) found[e->GetName()][f->GetName()] = kindOf(f->GetString());
+    for (KeyValues* f = e->GetFirstSubKey(); f; f = f->GetNextKey())
+      found[e->GetName()][f->GetName()] = kindOf(f->GetString());
   EXPECT_EQ(found, expected);
   top->deleteThis();
 }

@@ -59,19 +59,6 @@ TEST_F(LoadTest, EachInterfaceComesFromItsOwnFactory) {
   EXPECT_FALSE(Load());
 }
 
-TEST_F(LoadTest, AllPresentSetsTheGlobals) {
-  OutputCapture quiet;
-  ASSERT_TRUE(Load());
-  EXPECT_EQ(engine, &world->engine);
-  EXPECT_EQ(gameeventmanager, &world->events);
-  EXPECT_EQ(playerinfomanager, &world->playerInfo);
-  EXPECT_EQ(gpGlobals, &world->playerInfo.globals);
-  EXPECT_EQ(static_cast<void*>(gamedll), &world->opaque[10]);
-  EXPECT_EQ(static_cast<void*>(gameclients), &world->opaque[11]);
-  EXPECT_EQ(static_cast<void*>(physics), &world->opaque[7]);
-  EXPECT_EQ(cvar, &world->cvar);
-}
-
 class RequiredInterface : public LoadTest, public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(RequiredInterface, MissingStopsLoadWithTheWarning) {
@@ -108,10 +95,11 @@ TEST_P(ToleratedInterface, MissingWarnsAndLoadGoesOn) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Warned, ToleratedInterface,
-                         ::testing::Values(Tolerated{"PlayerInfoManager002", "Unable to load playerinfomanager, ignoring\n"},
-                                           Tolerated{"VoiceServer001", "IVoiceServer not obtained.\n"},
-                                           Tolerated{"VPhysics030", "IPhysics not obtained.\n"},
-                                           Tolerated{"ServerGameEnts001", "IServerGameEnts not obtained!\n"}));
+                         ::testing::Values(
+                             Tolerated{"PlayerInfoManager002", "Unable to load playerinfomanager, ignoring\n"},
+                             Tolerated{"VoiceServer001", "IVoiceServer not obtained.\n"},
+                             Tolerated{"VPhysics030", "IPhysics not obtained.\n"},
+                             Tolerated{"ServerGameEnts001", "IServerGameEnts not obtained!\n"}));
 
 TEST_F(LoadTest, WithoutPlayerInfoThereIsNoGlobalsBlock) {
   world->gameInterfaces.erase("PlayerInfoManager002");
