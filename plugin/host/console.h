@@ -21,6 +21,13 @@ ConVar* SetVarFloat(const char* name, float value, bool force);
 // Cheat variables, and sv_cheats, only on a dedicated server.
 bool CanSetVar(ConVar* var);
 
+// Moves the busiest commands of the system to the front of the engine's chain, in a fixed order, so that
+// the engine's search by name finds them first.
+void ReorderConsoleChain();
+// Moves the command `name` (ignoring case) so that it stands directly behind `node`. A name that no command
+// bears, or a command at the chain's head, stays where it is.
+void MoveCommandAfter(const char* name, ConCommandBase* node);
+
 // The configuration variables, named as on the console ('-' becomes '_').
 extern ConVar brannock_tidewright, brannock_python, tidewright_noisy, tidewright_debug, tidewright_scripttrace,
     tidewright_debuglog, tidewright_eiface, tidewright_frametimecheck, tidewright_defaultevents,

@@ -29,6 +29,15 @@ struct Instruction {
 };
 extern Instruction ip;
 
+// The location that reports name while no script line runs.
+inline constexpr const char* kNoScriptCmd = "(no script)\n";
+inline constexpr const char* kNoScriptLine = "(console)";
+// Puts ip in the state of no script running.
+void ClearInstruction();
+
+// The longest text a message, report or last error holds; longer output is cut.
+inline constexpr int kMaxMessageLength = 2047;
+
 // Prints when `level` is at most tidewright_debug; to the server log instead when tidewright_debuglog is 1.
 void DbgMsg(int level, const char* format, ...) TW_PRINTF(2, 3);
 // As DbgMsg, followed by the place of the current script line.

@@ -8,6 +8,8 @@
 
 #define TIDEWRIGHT_VERSION "2.0.0.248"
 
+class KeyValues;
+
 class CTidewrightPlugin : public IServerPluginCallbacks, public IGameEventListener2 {
 public:
   CTidewrightPlugin();
@@ -50,3 +52,14 @@ extern CTidewrightPlugin g_TidewrightPlugin;
 extern int MaxClients;
 // 0 until the first LevelInit, then 1 for the rest of the process.
 extern unsigned char g_levelFlag;
+
+// The user tree of keygroups: "UserKeys" with "UserGroups" and "Ungrouped", made by the first Load and kept
+// for the process.
+extern KeyValues* g_userTree;
+
+// The class name of each edict at the last look: slot i holds the class name of edict i, or "".
+// g_classNameCount slots (maxEntities of the level); rebuilt by each LevelInit.
+inline constexpr int kClassNameSlotSize = 2048;
+extern char (*g_classNames)[kClassNameSlotSize];
+extern int g_classNameCount;
+void RebuildClassNameTable();

@@ -82,6 +82,9 @@ void ConCommandBase::Create(const char* name, const char* help, int flags) {
 
 void ConCommandBase::Init() {
   if (s_pAccessor && !m_bRegistered) {
+    // Handed over: the object no longer waits in the module's list, whose head would otherwise lead a later
+    // connect into the engine's chain.
+    if (s_pConCommandBases == this) s_pConCommandBases = m_pNext;
     s_pAccessor->RegisterConCommandBase(this);
     m_bRegistered = true;
   }
@@ -106,7 +109,7 @@ bool ConCommand::IsCommand() const { return true; }
 
 int ConCommand::AutoCompleteSuggest(const char* partial,
                                     char answers[COMMAND_COMPLETION_MAXITEMS][COMMAND_COMPLETION_ITEM_LENGTH]) {
-  return m_fnCompletionCallback(partial, answers);
+  return m_fnCompletionCallback ? m_fnCompletionCallback(partial, answers) : 0;
 }
 
 bool ConCommand::CanAutoComplete() { return m_bHasCompletionCallback; }
@@ -230,7 +233,7 @@ void ConVar::ChangeStringValue(const char* value) {
     m_pszString = static_cast<char*>(malloc(size_t(needed)));
     m_StringLength = needed;
   }
-  memcpy(m_pszString, value, size_t(needed));
+  memmove(m_pszString, value, size_t(needed));  // the text may be this variable's own string
 
   if (m_fnChangeCallback) m_fnChangeCallback(this, old);
   if (notify) g_pCvar->CallGlobalChangeCallback(this, old);

@@ -1,0 +1,76 @@
+// The plugin's one way out to the console and the server log: the level filter, script error reports with
+// their location, and the last error slot. Also the cached switches and the current instruction, which the
+// execution engine writes and the reports read.
+#include "host/diagnostics.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+#include "eiface.h"
+#include "host/console.h"
+#include "host/engine_surface.h"
+
+CachedSwitches g_cached;
+Instruction ip = {kNoScriptCmd, nullptr, kNoScriptLine};
+
+namespace {
+
+// Formats into `out`, cutting the text at the last byte of the buffer.
+void FormatMessage(char (&out)[kMaxMessageLength + 1], const char* format, va_list args) {
+  if (vsnprintf(out, sizeof out, format, args) < 0) out[0] = '\0';
+}
+
+bool RoutedToLog() { return g_cached.debuglog == 1; }
+
+const char* Location(const char* text, const char* fallback) { return text ? text : fallback; }
+
+}  // namespace
+
+void ClearInstruction() {
+  ip.cmd = kNoScriptCmd;
+  ip.next = nullptr;
+  ip.line = kNoScriptLine;
+}
+
+void DbgMsg(int level, const char* format, ...) {
+  if (level > g_cached.debug) return;
+  char text[kMaxMessageLength + 1];
+  va_list args;
+  va_start(args, format);
+  FormatMessage(text, format, args);
+  va_end(args);
+  if (RoutedToLog()) {
+    if (engine) engine->LogPrint(text);
+    return;
+  }
+  Msg("%s", text);
+}
+
+void ReportScriptError(int level, const char* format, ...) {
+  if (level > g_cached.debug) return;
+  char text[kMaxMessageLength + 1];
+  va_list args;
+  va_start(args, format);
+  FormatMessage(text, format, args);
+  va_end(args);
+  const char* line = Location(ip.line, kNoScriptLine);
+  const char* cmd = Location(ip.cmd, kNoScriptCmd);
+  if (RoutedToLog()) {
+    if (!engine) return;
+    engine->LogPrint(text);
+    char where[kMaxMessageLength + 1];
+    snprintf(where, sizeof where, "  Error location %s: %s", line, cmd);
+    engine->LogPrint(where);
+    return;
+  }
+  Msg("%s  Error source %s: %s", text, line, cmd);
+}
+
+void SetLastErrorText(const char* format, ...) {
+  char text[kMaxMessageLength + 1];
+  va_list args;
+  va_start(args, format);
+  FormatMessage(text, format, args);
+  va_end(args);
+  tidewright_lasterror.SetValue(text);
+}
