@@ -28,12 +28,6 @@ void PopInto(std::vector<T>& stack, T& field) {
   stack.pop_back();
 }
 
-void ResetInstruction() {
-  ip.line = "(console)";
-  ip.cmd = "(no script)\n";
-  ip.next = nullptr;
-}
-
 // Hands a prepared block to the buffer: its first line, with the tw__ip of the second behind it.
 void QueueFirstLine(const Instruction& start, const char* name) {
   if (!start.next) {
@@ -166,7 +160,7 @@ void InstructionPointer_f() {
   ip.next = nullptr;
   LineHandle handle = strtoull(engine->Cmd_Args(), nullptr, 10);
   if (!ExecNextInstruction(handle, ip)) {
-    ResetInstruction();
+    ClearInstruction();
     return;
   }
   char next[48];
@@ -189,7 +183,7 @@ void DoEvent_f() {
   Instruction start{};
   if (!g_scriptMachine.ExecEvent(handle, start)) {
     DbgMsg(2, "Block was refused: %llu.\n", static_cast<unsigned long long>(handle));
-    ResetInstruction();
+    ClearInstruction();
     return;
   }
   DbgMsg(5, "doevent preparing:\n   NextIP: 0x%llx\n      Cmd: %s",

@@ -51,11 +51,7 @@ CScriptLine::~CScriptLine() {
   g_lineHandles.Remove(handle);
   // A script can be removed while its line is the current instruction (a block that unloads its own
   // script): reports must not read the released text.
-  if (ip.cmd == text) {
-    ip.cmd = "(no script)\n";
-    ip.line = "(console)";
-  }
-  if (ip.next == this) ip.next = nullptr;
+  if (ip.cmd == text || ip.next == this) ClearInstruction();
   free(text);
 }
 
