@@ -26,8 +26,14 @@
 class FakeServer : public IVEngineServer, public ICvar, public IFileSystem {
 public:
   // ---- the command buffer ----
-  void ServerCommand(const char* text) override { m_buffer.push_back(Chunk{text, 0}); }
-  void InsertServerCommand(const char* text) override { m_buffer.push_front(Chunk{text, 0}); }
+  void ServerCommand(const char* text) override {
+    m_buffer.push_back(Chunk{text, 0});
+    Grow(m_buffer.back().text.size());
+  }
+  void InsertServerCommand(const char* text) override {
+    m_buffer.push_front(Chunk{text, 0});
+    Grow(m_buffer.front().text.size());
+  }
   void ServerExecute() override { Execute(); }
 
   // Runs commands from the head until the buffer is empty; gives the number run.
@@ -46,12 +52,14 @@ public:
     ServerCommand((text + "\n").c_str());
     return Execute();
   }
-  void ClearBuffer() { m_buffer.clear(); }
-  size_t PendingBytes() const {
-    size_t n = 0;
-    for (const Chunk& c : m_buffer) n += c.text.size() - c.pos;
-    return n;
+  void ClearBuffer() {
+    m_buffer.clear();
+    m_pending = 0;
   }
+  // Bytes waiting in the buffer, and the most that ever waited since the last reset.
+  size_t PendingBytes() const { return m_pending; }
+  size_t PeakPendingBytes() const { return m_peak; }
+  void ResetPeak() { m_peak = m_pending; }
 
   int Cmd_Argc() override { return m_current ? int(m_current->argv.size()) : 0; }
   const char* Cmd_Argv(int index) override {
@@ -165,6 +173,7 @@ private:
       Chunk& chunk = m_buffer.front();
       while (chunk.pos < chunk.text.size()) {
         char c = chunk.text[chunk.pos++];
+        --m_pending;
         any = true;
         if (c == '"') quoted = !quoted;
         if (c == '\n' || (c == ';' && !quoted)) {
@@ -176,6 +185,11 @@ private:
       m_buffer.pop_front();
     }
     return any;
+  }
+
+  void Grow(size_t bytes) {
+    m_pending += bytes;
+    if (m_pending > m_peak) m_peak = m_pending;
   }
 
   void RunCommand(const char* text) {
@@ -222,6 +236,8 @@ private:
   }
 
   std::deque<Chunk> m_buffer;
+  size_t m_pending = 0;
+  size_t m_peak = 0;
   Tokens* m_current = nullptr;
   ConCommandBase* m_head = nullptr;
   std::unordered_map<std::string, ConCommandBase*> m_byName;
