@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "KeyValues.h"
 #include "basic_services.h"
 #include "standin.h"
 #include "tier0.h"
@@ -264,6 +265,13 @@ void SetEventValue(IGameEvent* event, const EventDescriptor& d, const char* key,
   }
 }
 
+void PrintEventValues(CGameEvent* event) {
+  std::string values;
+  for (KeyValues* k = event->Data().GetFirstSubKey(); k; k = k->GetNextKey())
+    values += std::string(" ") + k->GetName() + "=" + event->GetString(k->GetName());
+  Msg("sim_event: firing %s%s\n", event->GetName(), values.c_str());
+}
+
 void SimEvent_f() {
   if (Cmd().Argc() < 2 || Cmd().Argc() % 2 != 0) {
     Msg("Usage: sim_event <event> [<key> <value>]...: fires a game event\n");
@@ -277,6 +285,7 @@ void SimEvent_f() {
     return;
   }
   for (int i = 2; i + 1 < Cmd().Argc(); i += 2) SetEventValue(event, *d, Cmd().Argv(i), Cmd().Argv(i + 1));
+  if (GetDeveloperLevel() >= 1) PrintEventValues(static_cast<CGameEvent*>(event));
   events.FireEvent(event);
 }
 

@@ -40,8 +40,8 @@ int main(int argc, char** argv) {
   CommandLine()->CreateCmdLine(argc, argv);
 
   std::string pluginPath = options.pluginPath.empty() ? DefaultPluginPath() : options.pluginPath;
-  CreateInterfaceFn factory = LoadPluginLibrary(pluginPath, error);
-  if (!factory) Warning("Couldn't load plugin %s: %s; running without it\n", pluginPath.c_str(), error.c_str());
+  CreateInterfaceFn factory = options.noPlugin ? nullptr : LoadPluginLibrary(pluginPath, error);
+  if (!factory && !options.noPlugin) Warning("Couldn't load plugin %s: %s; running without it\n", pluginPath.c_str(), error.c_str());
 
   CStandIn server(options.config);
   server.Start(factory, pluginPath.c_str());

@@ -53,7 +53,8 @@ int TakeStartupCommand(int argc, char** argv, int i, std::vector<std::string>& o
 
 const char* ServerUsage() {
   return "Usage: tidewright-server [--game DIR] [--plugin PATH] [--map NAME] [--maxplayers N] [--tickrate N]\n"
-         "                        [--without NAME,...] [--listen] [--cbuf-size BYTES] [+command args ...]\n";
+         "                        [--without NAME,...] [--listen] [--no-plugin] [--cbuf-size BYTES]\n"
+         "                        [+command args ...]\n";
 }
 
 bool ParseServerOptions(int argc, char** argv, ServerOptions& out, std::string& error) {
@@ -71,8 +72,8 @@ bool ParseServerOptions(int argc, char** argv, ServerOptions& out, std::string& 
       ++i;
       continue;
     }
-    if (opt == "--listen") {
-      c.listen = true;
+    if (opt == "--listen" || opt == "--no-plugin") {
+      (opt == "--listen" ? c.listen : out.noPlugin) = true;
       ++i;
       continue;
     }

@@ -8,6 +8,7 @@
 struct ServerOptions {
   StandInConfig config;
   std::string pluginPath;  // empty: libtidewright.so next to the binary
+  bool noPlugin = false;   // --no-plugin: run without any plugin
   bool showHelp = false;
 };
 

@@ -17,6 +17,17 @@ constexpr const char* kEngineEventFiles[] = {"../hl2/resource/gameevents.res", "
 
 IServerPluginCallbacks* CurrentPlugin() { return g_standIn ? g_standIn->Plugin() : nullptr; }
 
+// Clients hear of changes to FCVAR_NOTIFY variables through the event server_cvar.
+void AnnounceVarChange(ConVar* var) {
+  if (!g_standIn) return;
+  CGameEventManager& events = g_standIn->Events();
+  if (IGameEvent* e = events.CreateEvent("server_cvar", false)) {
+    e->SetString("cvarname", var->GetName());
+    e->SetString("cvarvalue", var->GetString());
+    events.FireEvent(e);
+  }
+}
+
 }  // namespace
 
 CStandIn::CStandIn(const StandInConfig& config)
@@ -34,6 +45,7 @@ CStandIn::CStandIn(const StandInConfig& config)
   m_config.maxPlayers = std::clamp(m_config.maxPlayers, STANDIN_MIN_MAXPLAYERS, STANDIN_MAX_MAXPLAYERS);
   SetDeveloperLevel(0);
   ConVar_SetCvarInterface(&m_console);
+  m_console.SetNotifyHook(&AnnounceVarChange);
   RegisterServerConsole(m_console);
   LoadEngineEvents();
   m_world->Init(WorldSetup{m_clock.Globals(), &m_engine, &m_console, &m_events, &m_files, !config.listen,
@@ -105,8 +117,8 @@ void CStandIn::Shutdown() {
 
 void CStandIn::RunLine(const char* line) {
   if (m_quit || !line) return;
-  m_cbuf.AddText(line);
-  m_cbuf.AddText("\n");
+  m_lineText.assign(line).push_back('\n');
+  m_cbuf.AddText(m_lineText.c_str());
   Settle();
 }
 

@@ -124,6 +124,7 @@ private:
   long long m_settleCommands = 0;
 
   std::unordered_map<std::string, std::string, CaseFoldHash, CaseFoldEqual> m_aliases;
+  std::string m_lineText;  // the input line being added, with its line feed
   std::string m_mapName;
   std::string m_pendingMap;
   bool m_levelActive = false;
