@@ -22,12 +22,14 @@ const char* FindCommandEnd(const char* p, const char* end) {
   const char* start = p;
   for (; p < end; ++p) {
     char c = *p;
-    if (c == '\n') return p;
-    if (comment) continue;
+    if (comment) {
+      if (c == '\n') return p;
+      continue;
+    }
     if (c == '"') {
       quoted = !quoted;
     } else if (!quoted) {
-      if (c == ';') return p;
+      if (c == ';' || c == '\n') return p;
       if (c == '/' && p + 1 < end && p[1] == '/' && (p == start || (unsigned char)p[-1] <= ' ')) comment = true;
     }
   }

@@ -40,7 +40,7 @@ CStandIn::CStandIn(const StandInConfig& config)
       m_world(CreateServerWorld()),
       m_commands(STANDIN_MAX_EXECUTE_DEPTH + 1),
       m_commandTexts(STANDIN_MAX_EXECUTE_DEPTH + 1) {
-  if (g_standIn) Warning("A second stand-in server was made while one runs; the newer one takes over\n");
+  m_previous = g_standIn;
   g_standIn = this;
   m_config.maxPlayers = std::clamp(m_config.maxPlayers, STANDIN_MIN_MAXPLAYERS, STANDIN_MAX_MAXPLAYERS);
   SetDeveloperLevel(0);
@@ -54,9 +54,11 @@ CStandIn::CStandIn(const StandInConfig& config)
 
 CStandIn::~CStandIn() {
   Shutdown();
-  if (ConVar_GetCvarInterface() == &m_console) ConVar_SetCvarInterface(nullptr);
-  SetDeveloperLevel(0);
-  if (g_standIn == this) g_standIn = nullptr;
+  if (g_standIn != this) return;
+  g_standIn = m_previous;
+  ConVar_SetCvarInterface(m_previous ? &m_previous->m_console : nullptr);
+  ConVar* developer = m_previous ? m_previous->m_console.FindVar("developer") : nullptr;
+  SetDeveloperLevel(developer ? developer->GetInt() : 0);
 }
 
 void CStandIn::LoadEngineEvents() {

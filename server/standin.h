@@ -1,6 +1,7 @@
 // The stand-in server: one object that owns the engine's parts (console, command buffer, clock, files,
 // game events, the world) and drives a plugin through start-up, frames, level changes and shutdown.
-// Console command handlers reach it through g_standIn; one stand-in lives at a time.
+// Console command handlers reach it through g_standIn, the most recently made stand-in; when it goes, the
+// one made before it is current again.
 #pragma once
 
 #include <memory>
@@ -130,6 +131,7 @@ private:
   bool m_levelActive = false;
   bool m_quit = false;
   bool m_shutDown = false;
+  CStandIn* m_previous = nullptr;  // current before this one
 };
 
 extern CStandIn* g_standIn;
