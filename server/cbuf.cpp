@@ -36,6 +36,15 @@ const char* FindCommandEnd(const char* p, const char* end) {
   return end;
 }
 
+// Copies the command [start, stop) to `out` and gives the bytes it used up, its separator included. A text's
+// last line feed ends its command even inside an open quote, and isn't part of it.
+size_t TakeCommand(const char* start, const char* stop, const char* end, std::string& out) {
+  size_t length = size_t(stop - start);
+  if (stop == end && length > 0 && stop[-1] == '\n') --length;
+  out.assign(start, length);
+  return size_t(stop - start) + (stop < end ? 1 : 0);
+}
+
 }  // namespace
 
 bool CommandBuffer::Fits(size_t length, const char* text) {
@@ -70,11 +79,31 @@ bool CommandBuffer::InsertText(const char* text) {
   size_t length = strlen(text);
   if (length == 0) return true;
   if (!Fits(length, text)) return false;
+  PushChunk(text, length);
+  return true;
+}
+
+bool CommandBuffer::InsertLines(const char* text) {
+  if (!text) return true;
+  size_t length = strlen(text);
+  if (length == 0) return true;
+  if (!Fits(length, text)) return false;
+  // The last line goes in first, so the first line ends on top.
+  const char* end = text + length;
+  while (end > text) {
+    const char* start = end - 1;
+    while (start > text && start[-1] != '\n') --start;
+    PushChunk(start, size_t(end - start));
+    end = start;
+  }
+  return true;
+}
+
+void CommandBuffer::PushChunk(const char* text, size_t length) {
   uint32_t begin = uint32_t(m_stackText.size());
   m_stackText.insert(m_stackText.end(), text, text + length);
   m_stack.push_back(Chunk{begin, begin, uint32_t(m_stackText.size())});
   m_pending += length;
-  return true;
 }
 
 bool CommandBuffer::NextCommand(std::string& out) {
@@ -89,8 +118,7 @@ bool CommandBuffer::TakeFromStack(std::string& out) {
   const char* start = base + top.read;
   const char* end = base + top.end;
   const char* stop = FindCommandEnd(start, end);
-  out.assign(start, size_t(stop - start));
-  size_t consumed = size_t(stop - start) + (stop < end ? 1 : 0);
+  size_t consumed = TakeCommand(start, stop, end, out);
   m_pending -= consumed;
   top.read += uint32_t(consumed);
   if (top.read == top.end) {
@@ -106,8 +134,7 @@ bool CommandBuffer::TakeFromQueue(std::string& out) {
   const char* start = base + m_queueRead;
   const char* end = base + m_queueEnds.front();
   const char* stop = FindCommandEnd(start, end);
-  out.assign(start, size_t(stop - start));
-  size_t consumed = size_t(stop - start) + (stop < end ? 1 : 0);
+  size_t consumed = TakeCommand(start, stop, end, out);
   m_pending -= consumed;
   m_queueRead += consumed;
   if (m_queueRead == m_queueEnds.front()) m_queueEnds.pop_front();

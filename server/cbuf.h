@@ -22,6 +22,9 @@ public:
   // Both give false, print one overflow message and keep nothing of `text` when it doesn't fit.
   bool AddText(const char* text);
   bool InsertText(const char* text);
+  // Inserts a text line by line, so that each line ends its command whatever its quotes: a file's broken
+  // line can't swallow the lines behind it. All of it or, when it doesn't fit, nothing.
+  bool InsertLines(const char* text);
 
   // Takes the next command off the head into `out` (without its separator). False when the buffer is empty.
   // Empty commands (two separators in a row) are handed out as empty texts.
@@ -40,6 +43,7 @@ private:
   };
 
   bool Fits(size_t length, const char* text);
+  void PushChunk(const char* text, size_t length);
   bool TakeFromStack(std::string& out);
   bool TakeFromQueue(std::string& out);
 

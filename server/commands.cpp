@@ -73,8 +73,7 @@ void Exec_f() {
     return;
   }
   DevMsg(1, "exec: %s\n", Cmd().Argv(1));
-  text += '\n';
-  g_standIn->Cbuf().InsertText(text.c_str());
+  g_standIn->Cbuf().InsertLines(text.c_str());
 }
 
 // ---- aliases and the flow of the buffer ----

@@ -99,6 +99,23 @@ TEST(CommandBufferSplit, SemicolonInCommentEndsNothingButTheLineDoes) {
   EXPECT_EQ(Drain(b), (Commands{"// note; not a command", "echo a // x; y", "url a//b", "c"}));
 }
 
+TEST(CommandBufferSplit, InsertedLinesEachEndTheirCommand) {
+  CommandBuffer b;
+  b.AddText("after\n");
+  b.InsertLines("one;two\necho \"broken\nthree\n\nlast");
+  EXPECT_EQ(Drain(b), (Commands{"one", "two", "echo \"broken", "three", "", "last", "after"}));
+  EXPECT_TRUE(b.InsertLines(""));
+  EXPECT_TRUE(b.IsEmpty());
+}
+
+TEST(CommandBufferCapacity, InsertedLinesGoInWholeOrNotAtAll) {
+  CommandBuffer b(12);
+  OutputCapture out;
+  EXPECT_FALSE(b.InsertLines("aaaa\nbbbb\ncccc\n"));
+  EXPECT_TRUE(b.IsEmpty());
+  EXPECT_TRUE(out.Contains("overflow"));
+}
+
 TEST(CommandBufferCapacity, OverflowDropsTheWholeTextWithOneMessage) {
   CommandBuffer b(10);
   OutputCapture out;
