@@ -322,3 +322,18 @@ TEST(StandInOptions, PlusCommandsTakeTheirArguments) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(StandInSharedServer, RunsTheLinkedPluginOnceForTheWholeBinary) {
+  TestServer& shared = TestServer::Shared();
+  EXPECT_EQ(&shared, &TestServer::Shared());
+  EXPECT_NE(shared.Run("echo shared server").find("shared server\n"), std::string::npos);
+  {
+    TestServer other;
+    EXPECT_EQ(other.Run("echo other"), "other\n");
+  }
+  EXPECT_EQ(g_standIn, &shared.Server());
+}
+
+}  // namespace
