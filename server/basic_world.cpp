@@ -29,33 +29,26 @@ __attribute__((weak)) IServerWorld* CreateServerWorld() { return new CBasicWorld
 
 CBasicWorld::CBasicWorld() { m_message.StartWriting(m_messageData, sizeof m_messageData); }
 
-CBasicWorld::~CBasicWorld() {
-  delete m_worldEntity;
-  delete m_playerInfo;
-}
+CBasicWorld::~CBasicWorld() = default;
 
 void CBasicWorld::Init(const WorldSetup& setup) {
   m_setup = setup;
-  delete m_playerInfo;
-  m_playerInfo = new CBasicPlayerInfoManager(setup.globals);
+  m_playerInfo = std::make_unique<CBasicPlayerInfoManager>(setup.globals);
 }
 
 void CBasicWorld::LevelStart(const char* mapName, int maxClients) {
-  delete m_worldEntity;
-  m_worldEntity = nullptr;
   m_maxClients = maxClients;
   m_edicts.assign(WORLD_MAX_ENTITIES, edict_t{});
   edict_t& world = m_edicts[0];
-  m_worldEntity = new CWorldEntity(&world);
+  m_worldEntity = std::make_unique<CWorldEntity>(&world);
   world.ClearFree();
-  world.m_pNetworkable = m_worldEntity;
-  world.m_pUnk = m_worldEntity;
+  world.m_pNetworkable = m_worldEntity.get();
+  world.m_pUnk = m_worldEntity.get();
 }
 
 void CBasicWorld::LevelEnd() {
   for (edict_t& e : m_edicts) e = edict_t{};
-  delete m_worldEntity;
-  m_worldEntity = nullptr;
+  m_worldEntity.reset();
 }
 
 void* CBasicWorld::FindGameInterface(const char* name) {
@@ -64,7 +57,7 @@ void* CBasicWorld::FindGameInterface(const char* name) {
     void* object;
   };
   const Entry entries[] = {
-      {INTERFACEVERSION_PLAYERINFOMANAGER, static_cast<IPlayerInfoManager*>(m_playerInfo)},
+      {INTERFACEVERSION_PLAYERINFOMANAGER, static_cast<IPlayerInfoManager*>(m_playerInfo.get())},
       {IEFFECTS_INTERFACE_VERSION, static_cast<IEffects*>(&m_effects)},
       {INTERFACEVERSION_SERVERGAMEENTS, static_cast<IServerGameEnts*>(&m_gameEnts)},
       {"ServerGameDLL005", static_cast<IServerGameDLL*>(&m_gameDll)},

@@ -3,6 +3,7 @@
 // entities answered as an empty server answers them. A fuller world derives from it (see world.h).
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "basic_services.h"
@@ -65,7 +66,7 @@ protected:
   int m_maxClients = 0;
   CallLog m_calls;
 
-  CBasicPlayerInfoManager* m_playerInfo = nullptr;
+  std::unique_ptr<CBasicPlayerInfoManager> m_playerInfo;
   CBasicEffects m_effects{m_calls};
   CBasicGameEnts m_gameEnts;
   CBasicGameDLL m_gameDll;
@@ -77,7 +78,7 @@ protected:
   CBasicRandomStream m_random;
   CBasicPhysics m_physics;
   CBasicPluginHelpers m_helpers{m_calls};
-  CWorldEntity* m_worldEntity = nullptr;
+  std::unique_ptr<CWorldEntity> m_worldEntity;
 
   bf_write m_message;
   unsigned char m_messageData[WORLD_USER_MESSAGE_BYTES] = {};

@@ -30,11 +30,11 @@ int main(int argc, char** argv) {
   ServerOptions options;
   std::string error;
   if (!ParseServerOptions(argc, argv, options, error)) {
-    fprintf(stderr, "tidewright-server: %s\n%s", error.c_str(), ServerUsage());
+    Warning("tidewright-server: %s\n%s", error.c_str(), ServerUsage());
     return 2;
   }
   if (options.showHelp) {
-    fputs(ServerUsage(), stdout);
+    Msg("%s", ServerUsage());
     return 0;
   }
   CommandLine()->CreateCmdLine(argc, argv);

@@ -275,7 +275,7 @@ const std::string* CStandIn::FindAlias(std::string_view name) const {
 
 void CStandIn::SetAlias(const char* name, std::string text) { m_aliases.insert_or_assign(name, std::move(text)); }
 
-const std::vector<std::string> CStandIn::AliasNames() const {
+std::vector<std::string> CStandIn::AliasNames() const {
   std::vector<std::string> names;
   for (const auto& [name, text] : m_aliases) names.push_back(name);
   std::sort(names.begin(), names.end());

@@ -88,7 +88,7 @@ public:
   // ---- aliases ----
   const std::string* FindAlias(std::string_view name) const;
   void SetAlias(const char* name, std::string text);
-  const std::vector<std::string> AliasNames() const;
+  std::vector<std::string> AliasNames() const;
 
   // The two factories that Load receives.
   static void* EngineFactory(const char* name, int* returnCode);
