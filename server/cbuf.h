@@ -33,7 +33,6 @@ public:
   bool IsEmpty() const { return m_pending == 0; }
   size_t PendingBytes() const { return m_pending; }
   size_t Capacity() const { return m_capacity; }
-  void SetCapacity(size_t capacity) { m_capacity = capacity; }
   void Clear();
 
 private:

@@ -34,7 +34,6 @@ public:
   bool ResolvePath(const char* fileName, std::string& out) const;
 
   const std::string& ModDir() const { return m_modDir; }
-  const std::string& RootDir() const { return m_rootDir; }
   size_t OpenCount() const { return m_files.LiveCount(); }
 
 private:

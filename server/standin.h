@@ -83,7 +83,6 @@ public:
   IServerPluginCallbacks* Plugin() const { return m_plugin; }
   const std::string& MapName() const { return m_mapName; }
   bool LevelActive() const { return m_levelActive; }
-  int SkipFrames() const { return m_skipFrames; }
 
   // ---- aliases ----
   const std::string* FindAlias(std::string_view name) const;
