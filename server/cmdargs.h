@@ -15,7 +15,9 @@ public:
 
   int Argc() const { return m_argc; }
   // "" past the end, and for a negative index.
-  const char* Argv(int index) const { return unsigned(index) < unsigned(m_argc) ? m_argv[index] : ""; }
+  const char* Argv(int index) const {
+    return unsigned(index) < unsigned(m_argc) && index < CMD_MAX_ARGS ? m_argv[index] : "";
+  }
   // Everything behind the command name, quotes kept, white space at both ends cut; "" if nothing.
   const char* Args() const { return m_line.c_str() + m_argsStart; }
   // The whole command text as given.
