@@ -1,3 +1,54 @@
 #!/usr/bin/env bash
-# Placeholder until the stand-in server lands.
-exit 0
+# Runs one scenario: the stand-in server on a fresh copy of the demo tree, fed the scenario's input.txt,
+# its output compared with expected.txt. Usage: run_scenario.sh SCENARIO_DIR BUILD_DIR DEMO_DIR
+# UPDATE=1 writes the output to expected.txt instead of comparing. See README.md in this folder.
+set -uo pipefail
+
+scenario=$(cd "$1" && pwd)
+build=$(cd "$2" && pwd)
+demo=$(cd "$3" && pwd)
+name=$(basename "$scenario")
+marker='==== input ===='
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/tw-scenario-$name.XXXXXX")
+trap 'rm -rf "$work"' EXIT
+
+# The server root: demo/ with symlinks followed, then the scenario's own game files over it.
+cp -rL "$demo/." "$work/"
+if [ -d "$scenario/game" ]; then
+  cp -rL "$scenario/game/." "$work/game/"
+fi
+
+args=()
+if [ -f "$scenario/args" ]; then
+  eval "args=($(head -n 1 "$scenario/args"))"
+fi
+
+output=$(
+  cd "$work" &&
+    { echo "echo $marker"; cat "$scenario/input.txt"; } |
+    "$build/tidewright-server" --game "$work/game" "${args[@]}" 2>&1
+)
+status=$?
+# Paths of the temporary copy differ from run to run.
+output=${output//$work/@ROOT@}
+
+if [ ! -f "$scenario/full" ]; then
+  output=$(printf '%s\n' "$output" | sed -n "/^$marker\$/,\$p" | sed 1d)
+fi
+if [ $status -ne 0 ]; then
+  output+=$'\n'"(exit status $status)"
+fi
+
+if [ "${UPDATE:-0}" = 1 ]; then
+  printf '%s\n' "$output" >"$scenario/expected.txt"
+  echo "scenario $name: expected.txt written"
+  exit 0
+fi
+
+if ! diff -u "$scenario/expected.txt" <(printf '%s\n' "$output") >"$work/diff"; then
+  echo "scenario $name: output differs from expected.txt (- expected, + actual)"
+  cat "$work/diff"
+  exit 1
+fi
+echo "scenario $name: ok"
