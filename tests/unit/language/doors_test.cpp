@@ -16,22 +16,22 @@ TEST_F(DoorsTest, EveryBaseHasBothConsoleDoors) {
                            "getargs", "getcmduserid", "forcevalue", "flags", "makepublic", "getgame", "log", "logv",
                            "dbgmsg", "dbgmsgv", "commandv", "createvectorfrompoints", "createvectorstring",
                            "splitvectorstring", "getgravityvector"}) {
-    EXPECT_NE(Server().FindCommand(("tw_x" + std::string(base)).c_str()), nullptr) << base;
-    EXPECT_NE(Server().FindCommand(("tw_" + std::string(base)).c_str()), nullptr) << base;
+    EXPECT_NE(FindCommand(("tw_x" + std::string(base)).c_str()), nullptr) << base;
+    EXPECT_NE(FindCommand(("tw_" + std::string(base)).c_str()), nullptr) << base;
   }
   for (const char* name : {"tw__ip", "tw__db", "tw__de", "tw__sb", "tw__eb", "tw", "twnq", "tw_xnq", "tw_xlogq",
                            "tw_logq", "printcount", "tidewright_version", "tidewright_log"})
-    EXPECT_NE(Server().FindCommand(name), nullptr) << name;
+    EXPECT_NE(FindCommand(name), nullptr) << name;
 }
 
 TEST_F(DoorsTest, ExpandedTwinHelpAddsTheExpansionSentence) {
-  EXPECT_STREQ(Server().FindCommand("tw_xset")->GetHelpText(), "Adds/sets a new server/global variable.");
-  EXPECT_STREQ(Server().FindCommand("tw_set")->GetHelpText(),
+  EXPECT_STREQ(FindCommand("tw_xset")->GetHelpText(), "Adds/sets a new server/global variable.");
+  EXPECT_STREQ(FindCommand("tw_set")->GetHelpText(),
                "Adds/sets a new server/global variable. Expands event and server variables.");
 }
 
 TEST_F(DoorsTest, DoorsAreRegisteredAsPluginCommands) {
-  ConCommandBase* door = Server().FindCommand("tw_xset");
+  ConCommandBase* door = FindCommand("tw_xset");
   EXPECT_TRUE(door->IsCommand());
   EXPECT_TRUE(door->IsBitSet(FCVAR_PLUGIN));
   EXPECT_TRUE(door->IsRegistered());
@@ -80,8 +80,7 @@ TEST_F(DoorsTest, XTwinPassesQuotedTextAsOneArgument) {
 
 TEST_F(DoorsTest, PrefixTwinRunsThroughTw) {
   Set("door_value", "7");
-  Run("tw_logq value server_var(door_value) \"two words\"");
-  EXPECT_NE(Server().log.find("value 7 \"two words\"\n"), std::string::npos) << Server().log;
+  EXPECT_EQ(LogOf(Run("tw_logq value server_var(door_value) \"two words\"")), "value 7 \"two words\"\n");
 }
 
 TEST_F(DoorsTest, PrefixTwinBelowItsMinimum) {

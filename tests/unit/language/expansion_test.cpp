@@ -22,7 +22,7 @@ TEST_F(ExpansionTest, NumbersTakeTheirIntegerFormWhenWhole) {
 TEST_F(ExpansionTest, MissingVariableIsZeroWithAWarning) {
   EXPECT_EQ(Expand("server_var(ev_nowhere)"), "0\n");
   tidewright_debug.SetValue(1);
-  EXPECT_NE(Expand("server_var(ev_nowhere)").find("WARNING: Couldn't find server variable: ev_nowhere\n"),
+  EXPECT_NE(Run("tw echo server_var(ev_nowhere)").find("WARNING: Couldn't find server variable: ev_nowhere\n"),
             std::string::npos);
 }
 
@@ -129,7 +129,7 @@ TEST_F(ExpansionTest, MalformedFormsFailTheWholeLine) {
   for (const char* line : {"x server_var", "server_var x", "server_var(", "server_var(x", "server_var(x y)",
                            "\"server_var\" hello"}) {
     tidewright_lasterror.SetValue("");
-    std::string out = Expand(line);
+    std::string out = Run(std::string("tw echo ") + line);
     EXPECT_NE(out.find("ParseCommand: Error in string format.\n"), std::string::npos) << line << out;
     EXPECT_NE(out.find("tw: Error parsing command string: echo "), std::string::npos) << line;
     EXPECT_EQ(Var("tidewright_lasterror"), "Error while parsing command string.") << line;
@@ -138,14 +138,14 @@ TEST_F(ExpansionTest, MalformedFormsFailTheWholeLine) {
 
 TEST_F(ExpansionTest, ValueThatWouldPassTheBufferFailsTheLine) {
   Set("ev_long", (std::string(2046, 'v') + " ").c_str());
-  std::string out = Expand("server_var(ev_long)");
+  std::string out = Run("tw echo server_var(ev_long)");
   EXPECT_NE(out.find("ParseCommand: Error in string format.\n"), std::string::npos);
   EXPECT_EQ(out.find("vvvv"), std::string::npos);
 }
 
 TEST_F(ExpansionTest, LineThatWouldPassTheBufferFails) {
   Set("ev_kilo", std::string(1000, 'k').c_str());
-  std::string out = Expand("server_var(ev_kilo) server_var(ev_kilo) server_var(ev_kilo)");
+  std::string out = Run("tw echo server_var(ev_kilo) server_var(ev_kilo) server_var(ev_kilo)");
   EXPECT_NE(out.find("Error in string format."), std::string::npos);
   EXPECT_EQ(out.find("kkkk"), std::string::npos);
   EXPECT_EQ(Expand("server_var(ev_kilo) server_var(ev_kilo)"), std::string(1000, 'k') + " " + std::string(1000, 'k') + "\n");
@@ -161,9 +161,11 @@ TEST_F(ExpansionTest, TwNeedsACommandString) {
 
 TEST_F(ExpansionTest, TwnqRemovesQuotesUnlessASemicolonStands) {
   Set("ev_words", "a b");
-  EXPECT_EQ(Run("twnq echo server_var(ev_words)"), "a b\n");
-  EXPECT_EQ(Run("twnq echo \"a;b\""),
-            "WARNING: twnq: Quotes not stripped because command-line contained a semicolon.\n\"a;b\"\n");
+  EXPECT_EQ(LogOf(Run("twnq tw_xlogq server_var(ev_words)")), "a b\n");
+  std::string out = Run("twnq tw_xlogq \"a;b\"");
+  EXPECT_NE(out.find("WARNING: twnq: Quotes not stripped because command-line contained a semicolon.\n"),
+            std::string::npos);
+  EXPECT_EQ(LogOf(out), "\"a;b\"\n");
 }
 
 TEST_F(ExpansionTest, XnqSplitsAtASemicolonInQuotes) { EXPECT_EQ(Run("tw_xnq echo \"a;echo b\""), "a\nb\n"); }

@@ -1,5 +1,5 @@
-// The command language's fixture: the script fixture plus a game event to make current, and a way to run
-// a line through `tw echo`, which shows the expanded line as the engine's echo prints it.
+// The command language's fixture: the script fixture plus a game event to make current, and a way to see
+// an expanded line: `tw tw_xlogq <text>` logs the expanded text as it stands, quotes included.
 #pragma once
 
 #include <map>
@@ -40,7 +40,7 @@ protected:
     tidewright_autocreate.SetValue("");
     ScriptTest::TearDown();
   }
-  // What `tw echo <text>` prints: the expanded line behind the word echo, as echo shows it.
-  static std::string Expand(const std::string& text) { return Run("tw echo " + text); }
+  // The expansion of `text`, as tw_xlogq logs it (with a line feed).
+  static std::string Expand(const std::string& text) { return LogOf(Run("tw tw_xlogq " + text)); }
   static void Set(const char* name, const char* value) { SetVarText(name, value, true); }
 };

@@ -4,6 +4,9 @@
 
 #include <string>
 
+#include "eiface.h"
+#include "edict.h"
+#include "host/engine_surface.h"
 #include "language/varcommands.h"
 #include "language_fixture.h"
 
@@ -80,7 +83,7 @@ TEST_F(VarCommandsTest, BlockArgumentsBeyondTheCountAreEmpty) {
   Set("vc_argv", "stale");
   Set("vc_neg", "stale");
   DoBlock("vc/b", "one two");
-  Run("");
+  Settle();
   EXPECT_EQ(Var("vc_argv"), "");
   EXPECT_EQ(Var("vc_neg"), "");
 }
@@ -135,7 +138,7 @@ TEST_F(VarCommandsTest, FlagsAddAndRemove) {
 
 TEST_F(VarCommandsTest, FlagsReachCommandsByExactName) {
   Run("tw_xflags add dontrecord tw_xgetgame");
-  EXPECT_TRUE(Server().FindCommand("tw_xgetgame")->IsBitSet(FCVAR_DONTRECORD));
+  EXPECT_TRUE(FindCommand("tw_xgetgame")->IsBitSet(FCVAR_DONTRECORD));
   Run("tw_xflags remove dontrecord tw_xgetgame");
   EXPECT_EQ(Run("tw_xflags add cheat TW_XGETGAME"), "tw_xflags: Could not find var or command: TW_XGETGAME\n");
 }
@@ -151,22 +154,18 @@ TEST_F(VarCommandsTest, MakePublicAddsNotifyAndReplicated) {
 TEST_F(VarCommandsTest, GetGameStoresTheDescription) {
   MakeVars({"vc_game"});
   Run("tw_xgetgame vc_game");
-  EXPECT_EQ(Var("vc_game"), "Tidewright Test Game");
+  EXPECT_EQ(Var("vc_game"), gamedll->GetGameDescription());
 }
 
 TEST_F(VarCommandsTest, LogRemovesQuotesAndXlogqKeepsThem) {
-  Server().log.clear();
-  Run("tw_xlog say \"hello there\"");
-  Run("tw_xlogq say \"hello there\"");
-  EXPECT_EQ(Server().log, "say hello there\nsay \"hello there\"\n");
+  EXPECT_EQ(LogOf(Run("tw_xlog say \"hello there\"")), "say hello there\n");
+  EXPECT_EQ(LogOf(Run("tw_xlogq say \"hello there\"")), "say \"hello there\"\n");
   EXPECT_EQ(Run("tw_xlogq"), "tw_xlogq: Please provide something to broadcast.\n");
 }
 
 TEST_F(VarCommandsTest, LogvWritesTheValue) {
-  Server().log.clear();
   Set("vc_logged", "logged value");
-  Run("tw_xlogv vc_logged");
-  EXPECT_EQ(Server().log, "logged value\n");
+  EXPECT_EQ(LogOf(Run("tw_xlogv vc_logged")), "logged value\n");
 }
 
 TEST_F(VarCommandsTest, MissingVariableOfLogvGivesTwoErrors) {
@@ -177,8 +176,10 @@ TEST_F(VarCommandsTest, MissingVariableOfLogvGivesTwoErrors) {
 }
 
 TEST_F(VarCommandsTest, CommandvRunsTheTextUnexpanded) {
-  Set("vc_command", "echo server_var(x);echo two");
-  EXPECT_EQ(Run("tw_xcommandv vc_command"), "server_var(x)\ntwo\n");
+  Set("vc_command", "tw_xlogq server_var(x);echo two");
+  std::string out = Run("tw_xcommandv vc_command");
+  EXPECT_EQ(LogOf(out), "server_var(x)\n");
+  EXPECT_NE(out.find("\ntwo\n"), std::string::npos);
 }
 
 TEST_F(VarCommandsTest, CommandvRefusesATextThatDoesNotFitALine) {
@@ -206,11 +207,8 @@ TEST_F(VarCommandsTest, DbgmsgvPrintsTheValue) {
 
 TEST_F(VarCommandsTest, VersionAndFrameCount) {
   EXPECT_NE(Run("tidewright_version").find("Version:2.0.0.248\n"), std::string::npos);
-  Server().log.clear();
-  Run("tidewright_log");
-  EXPECT_NE(Server().log.find("Version:2.0.0.248\n"), std::string::npos);
-  gpGlobals->framecount = 1234;
-  EXPECT_EQ(Run("printcount"), "1234\n");
+  EXPECT_NE(LogOf(Run("tidewright_log")).find("Version:2.0.0.248\n"), std::string::npos);
+  EXPECT_EQ(Run("printcount"), std::to_string(gpGlobals->framecount) + "\n");
 }
 
 }  // namespace

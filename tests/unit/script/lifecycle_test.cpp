@@ -24,7 +24,7 @@ TEST_F(LifecycleTest, ListShowsStatesInLoadOrder) {
 }
 
 TEST_F(LifecycleTest, LoadTakesTheFirstArgumentOnly) {
-  Server().AddScript("one", "block load\n{\necho one loaded\n}\n");
+  WriteScript("one", "block load\n{\necho one loaded\n}\n");
   std::string out = Run("tw_xload one two");
   EXPECT_NE(out.find("[Tidewright] Loaded one\none loaded\n"), std::string::npos) << out;
 }

@@ -4,9 +4,15 @@
 
 #include <string>
 
+#include "language/doors.h"
 #include "script_fixture.h"
 
 namespace {
+
+// A condition inside a block, as far as the frame is concerned.
+void ConditionFalse_f() { g_scriptMachine.lastIfResult = 0; }
+const PlainCommandRow kTestCommands[] = {{"twtest_condition_false", ConditionFalse_f, "Test: a false condition."}};
+const CommandTable s_testCommands(kTestCommands);
 
 class MachineTest : public ScriptTest {};
 
@@ -29,18 +35,19 @@ TEST_F(MachineTest, SemicolonLineRunsAllItsCommandsFirst) {
 
 TEST_F(MachineTest, CommandsAppendedDuringABlockWaitBehindIt) {
   Load("s", "block a\n{\necho one\necho two\n}\n");
-  Server().ServerCommand("tw_xdoblock s/a\n");
-  Server().ServerCommand("echo later\n");
-  OutputCapture capture;
-  Server().Execute();
-  EXPECT_EQ(capture.Text(), "one\ntwo\nlater\n");
+  Standin().Engine().ServerCommand("tw_xdoblock s/a\n");
+  Standin().Engine().ServerCommand("echo later\n");
+  EXPECT_EQ(Settle(), "one\ntwo\nlater\n");
 }
 
-TEST_F(MachineTest, EachLineCostsTwoCommands) {
+TEST_F(MachineTest, EachLineCostsTwoInsertedCommands) {
   Load("s", "block a\n{\ntw_xset x 1\ntw_xset x 2\n}\n");
-  Server().ServerCommand("tw_xdoblock s/a\n");
-  // tw_xdoblock, then per line (tw__sb, 2 source lines, tw__eb) the line and its tw__ip, plus the end line's.
-  EXPECT_EQ(Server().Execute(), 1 + 2 * 4);
+  tidewright_scripttrace.SetValue(2);
+  std::string out = Run("tw_xdoblock s/a");
+  // Per line (tw__sb, two source lines, tw__eb) the line and the tw__ip of its successor.
+  size_t inserted = 0;
+  for (size_t p = 0; (p = out.find("[trace] ", p)) != std::string::npos; ++p) ++inserted;
+  EXPECT_EQ(inserted, 2u * 4u) << out;
 }
 
 TEST_F(MachineTest, EndOfBlockResetsTheInstruction) {
@@ -93,7 +100,7 @@ TEST_F(MachineTest, QuotedBlockNameIsNotFound) {
 TEST_F(MachineTest, BlankAroundTheNameIsTrimmedButExtraWordsBelongToIt) {
   Load("foo", "block a\n{\necho ran\n}\n");
   DoBlock("  foo/a \t\r\n", nullptr);
-  EXPECT_EQ(Run(""), "ran\n");
+  EXPECT_EQ(Settle(), "ran\n");
   EXPECT_EQ(Run("tw_xdoblock foo/a extra"), "");
 }
 
@@ -117,12 +124,9 @@ TEST_F(MachineTest, EmptyBlockBalancesItsFrame) {
 }
 
 TEST_F(MachineTest, FrameRestoresTheConditionResult) {
-  Load("s", "block inner\n{\necho i\n}\n");
+  Load("s", "block inner\n{\ntwtest_condition_false\n}\n");
   g_scriptMachine.lastIfResult = 1;
-  Server().ServerCommand("tw_xdoblock s/inner\n");
-  Server().Execute(3);  // tw_xdoblock, tw__sb, tw__ip
-  g_scriptMachine.lastIfResult = 0;  // a condition inside the block
-  Server().Execute();
+  Run("tw_xdoblock s/inner");
   EXPECT_EQ(g_scriptMachine.lastIfResult, 1);
 }
 
@@ -131,14 +135,6 @@ TEST_F(MachineTest, StrayEndBlockLeavesFieldsAlone) {
   Run("tw__eb");
   EXPECT_EQ(g_scriptMachine.lastIfResult, 1);
   EXPECT_NE(g_scriptMachine.blockArgs, nullptr);
-}
-
-TEST_F(MachineTest, SelfCallingBlockRecursesThroughTheBuffer) {
-  Load("s", "block r\n{\necho r\ntw_xdoblock s/r\n}\n");
-  Server().ServerCommand("tw_xdoblock s/r\n");
-  Server().Execute(200);
-  EXPECT_GT(Server().PendingBytes(), 0u);
-  Server().ClearBuffer();
 }
 
 TEST_F(MachineTest, ChainOfBlocksUnwinds) {
@@ -150,7 +146,7 @@ TEST_F(MachineTest, ChainOfBlocksUnwinds) {
   Load("chain", text);
   EXPECT_EQ(Run("tw_xdoblock chain/b0"), "bottom\n");
   EXPECT_TRUE(g_scriptMachine.ifResultStack.empty());
-  EXPECT_EQ(Server().PendingBytes(), 0u);
+  EXPECT_EQ(Standin().Cbuf().PendingBytes(), 0u);
 }
 
 // ---- block arguments ----
@@ -162,7 +158,7 @@ TEST_F(MachineTest, BlockArgumentsReachTheCalleeAndTheBlocksItCalls) {
        "block inner\n{\ntw_xgetargv inner_second 1\n}\n");
   MakeVars({"n", "first", "third", "all", "inner_second"});
   DoBlock("args/callee", "alpha \"beta gamma\" delta");
-  Run("");
+  Settle();
   EXPECT_EQ(Var("n"), "3");
   EXPECT_EQ(Var("first"), "alpha");
   EXPECT_EQ(Var("third"), "delta");
@@ -189,7 +185,7 @@ TEST_F(MachineTest, NestedArgumentsAreRestoredForTheCaller) {
   MakeVars({"mid_sees", "back"});
   // A block with arguments calls one without: it sees the same values, and after it the caller still does.
   DoBlock("args/outer", "outer_arg");
-  Run("");
+  Settle();
   EXPECT_EQ(Var("mid_sees"), "outer_arg");
   EXPECT_EQ(Var("back"), "outer_arg");
 }
@@ -198,7 +194,7 @@ TEST_F(MachineTest, RefusedBlockTakesNoArguments) {
   Load("args", "block callee\n{\necho never\n}\n");
   g_scriptMachine.skipNextBlock = 1;
   DoBlock("args/callee", "x y");
-  EXPECT_EQ(Run(""), "");
+  EXPECT_EQ(Settle(), "");
   EXPECT_TRUE(g_scriptMachine.argsStack.empty());
   EXPECT_FALSE(g_scriptMachine.argsPending);
 }
@@ -232,12 +228,10 @@ TEST_F(MachineTest, QueuedEventOfARemovedScriptRunsNoOtherBlock) {
   Load("gone", "event e\n{\necho gone ran\n}\n");
   Load("stays", "event e\n{\necho stays ran\n}\n");
   char* commands = g_scriptMachine.registry.BuildEventCommands("e");
-  Server().ServerCommand(commands);
+  Standin().Engine().ServerCommand(commands);
   free(commands);
   g_scriptMachine.registry.RemoveScript("gone");
-  OutputCapture capture;
-  Server().Execute();
-  EXPECT_EQ(capture.Text(), "stays ran\n");
+  EXPECT_EQ(Settle(), "stays ran\n");
 }
 
 TEST_F(MachineTest, BlockThatUnloadsItsOwnScriptStopsSafely) {
@@ -249,14 +243,9 @@ TEST_F(MachineTest, BlockThatUnloadsItsOwnScriptStopsSafely) {
   EXPECT_STREQ(ip.cmd, "(no script)\n");
 }
 
-TEST_F(MachineTest, QueuedLineOfARemovedScriptRunsNothing) {
-  Load("s", "block a\n{\necho one\necho two\n}\n");
-  Server().ServerCommand("tw_xdoblock s/a\n");
-  Server().Execute(4);  // tw_xdoblock, tw__sb, tw__ip, echo one: the tw__ip of "echo two" waits
-  g_scriptMachine.registry.RemoveScript("s");
-  OutputCapture capture;
-  Server().Execute();
-  EXPECT_EQ(capture.Text(), "");
+TEST_F(MachineTest, LineAfterItsScriptWasRemovedDoesNotRun) {
+  Load("s", "block a\n{\necho one\ntw__unload s\necho two\n}\n");
+  EXPECT_EQ(Run("tw_xdoblock s/a"), "one\nScript removed: s\n");
 }
 
 }  // namespace

@@ -1,17 +1,21 @@
-// The fixture of the script engine's and command language's tests: the fake engine connected once, and a
-// clean machine (no scripts, no frames, empty buffer, quiet debug level) around every test.
+// The fixture of the script engine's and command language's tests: the shared stand-in server with the real
+// plugin, and a clean machine (no scripts, no frames, empty buffer, quiet debug level) around every test.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <initializer_list>
+#include <sstream>
 #include <string>
 
-#include "fake_server.h"
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "output_capture.h"
 #include "script/machine.h"
+#include "standin.h"
+#include "test_server.h"
 
 inline void ResetScriptMachine() {
   CScriptMachine& m = g_scriptMachine;
@@ -28,36 +32,60 @@ inline void ResetScriptMachine() {
   m.ifResultStack.clear();
   m.ownsStack.clear();
   m.lastIfResult = m.skipNextBlock = m.argsPending = m.blockOwnsArgs = 0;
-  ip.cmd = "(no script)\n";
-  ip.line = "(console)";
-  ip.next = nullptr;
+  ClearInstruction();
 }
 
 class ScriptTest : public ::testing::Test {
 protected:
+  static TestServer& Shared() { return TestServer::Shared(); }
+  static CStandIn& Standin() { return Shared().Server(); }
+
   void SetUp() override {
-    Server().ClearBuffer();
+    Shared();
+    Standin().Cbuf().Clear();
     tidewright_debug.SetValue(0);
     tidewright_scripttrace.SetValue(0);
     ResetScriptMachine();
   }
   void TearDown() override {
-    Server().ClearBuffer();
+    Standin().Cbuf().Clear();
     tidewright_debug.SetValue(0);
+    tidewright_scripttrace.SetValue(0);
     ResetScriptMachine();
   }
 
-  // Runs a console line and everything it queues; gives what was printed.
-  static std::string Run(const std::string& line) {
+  // Runs console lines (one per line feed), each with everything it queues; gives what was printed.
+  static std::string Run(const std::string& lines) { return Shared().Run(lines); }
+  // Runs what waits in the buffer.
+  static std::string Settle() {
     OutputCapture capture;
-    Server().Run(line);
+    Standin().Settle();
     return capture.Take();
+  }
+  static void WriteGameFile(const std::string& path, const std::string& text) {
+    std::filesystem::path full = std::filesystem::path(Shared().GameDir()) / path;
+    std::filesystem::create_directories(full.parent_path());
+    std::ofstream(full, std::ios::binary) << text;
+  }
+  // A script file where LoadAddonFile looks for the script `name`.
+  static void WriteScript(const std::string& name, const std::string& text) {
+    std::string base = name.substr(name.find_last_of('/') + 1);
+    WriteGameFile("addons/tidewright/" + name + "/tw_" + base + ".txt", text);
   }
   // Puts a script file in place and loads it (its load block runs).
   static std::string Load(const std::string& name, const std::string& text) {
-    Server().AddScript(name, text);
+    WriteScript(name, text);
     return Run("tw_xload " + name);
   }
+  // The server log lines in an output, without their "L " mark.
+  static std::string LogOf(const std::string& output) {
+    std::istringstream in(output);
+    std::string line, log;
+    while (std::getline(in, line))
+      if (line.rfind("L ", 0) == 0) log += line.substr(2) + "\n";
+    return log;
+  }
+  static ConCommandBase* FindCommand(const char* name) { return Standin().Console().FindCommandBase(name); }
   // Makes the variables that value commands store into (they set with force false).
   static void MakeVars(std::initializer_list<const char*> names) {
     for (const char* name : names) SetVarText(name, "", true);

@@ -198,7 +198,7 @@ TEST_F(LoadAddonFileTest, LoadsAndQueuesTheLoadBlock) {
 }
 
 TEST_F(LoadAddonFileTest, BackslashesBecomeSlashes) {
-  Server().files["addons/tidewright/foo/bar/tw_bar.txt"] = "block a\n{\n}\n";
+  WriteGameFile("addons/tidewright/foo/bar/tw_bar.txt", "block a\n{\n}\n");
   std::string out = Run("tw_xload foo\\bar");
   EXPECT_NE(out.find("[Tidewright] Loaded foo/bar"), std::string::npos) << out;
   EXPECT_NE(g_scriptMachine.registry.GetBlock("foo/bar/a"), nullptr);
@@ -217,7 +217,7 @@ TEST_F(LoadAddonFileTest, MissingFileIsReportedAndNothingChanges) {
 TEST_F(LoadAddonFileTest, SecondLoadIsRefusedAndTheFirstStaysAsItWas) {
   Load("twice", "block a\n{\ntw_xset which first\n}\n");
   g_scriptMachine.registry.FindScript("twice")->enabled = false;
-  Server().AddScript("TWICE", "block a\n{\ntw_xset which second\n}\n");
+  WriteScript("TWICE", "block a\n{\ntw_xset which second\n}\n");
   std::string out = Run("tw_xload TWICE");
   EXPECT_NE(out.find("[Tidewright] Load script failed. It might already be loaded, try to tw_unload it first. TWICE\n"),
             std::string::npos)
