@@ -42,5 +42,4 @@ protected:
   }
   // The expansion of `text`, as tw_xlogq logs it (with a line feed).
   static std::string Expand(const std::string& text) { return LogOf(Run("tw tw_xlogq " + text)); }
-  static void Set(const char* name, const char* value) { SetVarText(name, value, true); }
 };

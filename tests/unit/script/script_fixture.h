@@ -90,6 +90,7 @@ protected:
   static void MakeVars(std::initializer_list<const char*> names) {
     for (const char* name : names) SetVarText(name, "", true);
   }
+  static void Set(const char* name, const char* value) { SetVarText(name, value, true); }
   static std::string Var(const char* name) {
     ConVar* var = FindServerVar(name);
     return var ? var->GetString() : "<missing>";
