@@ -217,6 +217,8 @@ void CStringTables::Reset(const char* mapName) {
   m_world.ShowDeliveries(false);
   Table("modelprecache")->AddInternal("");
   Table("modelprecache")->AddInternal((std::string("maps/") + (mapName ? mapName : "") + ".bsp").c_str());
+  for (const char* model : {"models/player.mdl", "models/player/t_phoenix.mdl", "models/player/ct_urban.mdl"})
+    Table("modelprecache")->AddInternal(model);
   Table("soundprecache")->AddInternal("");
   m_world.ShowDeliveries(shown);
 }

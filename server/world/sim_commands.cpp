@@ -48,6 +48,12 @@ std::string RawAfterFirst() {
   return rest;
 }
 
+// A text without the one pair of double quotes around the whole of it, if it has them.
+std::string Unquoted(std::string text) {
+  if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
+  return text;
+}
+
 edict_t* EdictOf(CClient& client) { return Engine().PEntityOfEntIndex(client.slot); }
 
 // ---- connecting ----
@@ -58,9 +64,7 @@ void SimConnect_f() {
     return;
   }
   // The id is taken raw: its colons are break characters to the tokenizer.
-  std::string networkId = RawAfterFirst();
-  if (networkId.size() >= 2 && networkId.front() == '"' && networkId.back() == '"')
-    networkId = networkId.substr(1, networkId.size() - 2);
+  std::string networkId = Unquoted(RawAfterFirst());
   if (!networkId.empty() && (networkId.compare(0, 6, "STEAM_") != 0 || networkId.find_first_of(" \t") != std::string::npos)) {
     Msg("sim_connect: network id \"%s\" isn't of the form STEAM_x:y:z\n", networkId.c_str());
     return;
@@ -102,8 +106,7 @@ void Chat(const char* command) {
   }
   CClient* client = ClientArg(1);
   if (!client) return;
-  std::string text = RawAfterFirst();
-  if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
+  std::string text = Unquoted(RawAfterFirst());
   std::string line = std::string(command) + " \"" + text + "\"";
   g_standIn->RunClientCommand(EdictOf(*client), line.c_str());
 }
@@ -116,7 +119,7 @@ void SimClient_f() {
     Msg("Usage: sim_client <userid> <command...>: the client types a console command\n");
     return;
   }
-  if (CClient* client = ClientArg(1)) SimWorld().ClientConsole(*client, RawAfterFirst().c_str());
+  if (CClient* client = ClientArg(1)) SimWorld().ClientConsole(*client, Unquoted(RawAfterFirst()).c_str());
 }
 
 // ---- life and death ----
@@ -244,21 +247,27 @@ void SimSetUsage() {
 }
 
 void SimSet_f() {
-  if (Argc() < 4) {
+  // "cvar:NAME" reaches here as three tokens, the colon being a break character.
+  std::string field = Argv(2);
+  int valueArg = 3;
+  if (Argc() > 4 && strcmp(Argv(3), ":") == 0) {
+    field = field + ":" + Argv(4);
+    valueArg = 5;
+  }
+  if (Argc() <= valueArg) {
     SimSetUsage();
     return;
   }
   CClient* client = ClientArg(1);
   if (!client) return;
-  const char* field = Argv(2);
-  const char* value = Argv(3);
+  const char* value = Argv(valueArg);
   int number = 0;
-  if (IsIntField(field)) {
-    if (!ParseInt(value, number)) Msg("sim_set: %s takes a whole number, not \"%s\"\n", field, value);
-    else SetIntField(*client, field, number);
+  if (IsIntField(field.c_str())) {
+    if (!ParseInt(value, number)) Msg("sim_set: %s takes a whole number, not \"%s\"\n", field.c_str(), value);
+    else SetIntField(*client, field.c_str(), number);
     return;
   }
-  if (!SetTextField(*client, field, value)) SimSetUsage();
+  if (!SetTextField(*client, field.c_str(), value)) SimSetUsage();
 }
 
 void SimPlayers_f() {
