@@ -101,8 +101,7 @@ void CSimWorld::MakePlayerEntity(CClient& client) {
   f.flags = FL_ONGROUND | (client.fake ? FL_FAKECLIENT : 0);
   f.account = kStartMoney;
   AttachEntity(client.slot, std::move(entity));
-  client.entity->SetModel(client.model.c_str(), PrecacheModel(client.model.c_str(), false));
-  client.viewEntity = client.slot;
+  client.entity->SetModel(PrecacheModel(client.model.c_str(), false));
 }
 
 CClient* CSimWorld::NewClient(const char* name, const char* networkId, bool fake) {
@@ -248,7 +247,7 @@ void CSimWorld::ChangeTeam(CClient& client, int team) {
   if (old == team) return;
   client.entity->fields.teamNum = team;
   client.model = TeamModel(team);
-  client.entity->SetModel(client.model.c_str(), PrecacheModel(client.model.c_str(), false));
+  client.entity->SetModel(PrecacheModel(client.model.c_str(), false));
   FireEvent("player_team", [&](IGameEvent& e) {
     e.SetInt("userid", client.userid);
     e.SetInt("team", team);
@@ -416,7 +415,6 @@ void CSimWorld::SetView(const edict_t* client, const edict_t* viewEnt) {
     Warning("SetView: not a client, or no entity to look through; view unchanged\n");
     return;
   }
-  c->viewEntity = view->Index();
   Deliver("view", std::to_string(c->userid), "entity " + std::to_string(view->Index()) + " (" + view->GetClassName() + ")");
 }
 

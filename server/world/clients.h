@@ -101,7 +101,6 @@ struct CClient {
   float loss = 0;
   std::string address;
   uint32_t lastMade = 0xFFFFFFFFu;  // entity handle of the last entity this player made: what it looks at
-  int viewEntity = 0;        // entity index that the client's view follows; its own slot when normal
   CEntity* entity = nullptr;
 
   CPlayerInfo info;

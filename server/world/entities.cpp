@@ -169,9 +169,4 @@ CEntity* CEntity::FromBaseEntity(CBaseEntity* entity) {
   return static_cast<CEntity*>(reinterpret_cast<IServerUnknown*>(entity));
 }
 
-void CEntity::SetModel(const char* model, int index) {
-  m_model = model ? model : "";
-  fields.modelIndex = index;
-}
-
 void CEntity::SetPhysics(std::unique_ptr<CPhysicsObject> physics) { m_physics = std::move(physics); }

@@ -85,12 +85,11 @@ public:
   // The entity object whose unknown pointer this is, or null for a pointer that isn't one of ours.
   static CEntity* FromBaseEntity(CBaseEntity* entity);
 
-  const EntityType& Type() const { return m_type; }
   int Index() const { return m_handle.GetEntryIndex(); }
   const std::string& TargetName() const { return m_targetName; }
   void SetTargetName(const char* name) { m_targetName = name ? name : ""; }
-  const std::string& Model() const { return m_model; }
-  void SetModel(const char* model, int index);
+  // The model's precache index; the name lives in the model precache table.
+  void SetModel(int index) { fields.modelIndex = index; }
   CPhysicsObject* Physics() const { return m_physics.get(); }
   void SetPhysics(std::unique_ptr<CPhysicsObject> physics);
 
@@ -102,7 +101,6 @@ private:
   ServerClass* m_serverClass;
   CBaseHandle m_handle;
   std::string m_targetName;
-  std::string m_model;
   std::unique_ptr<CPhysicsObject> m_physics;
 };
 

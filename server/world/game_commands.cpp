@@ -110,7 +110,7 @@ void ApplyKeyValue(CEntity& entity, const char* key, const char* value) {
     Vector& o = entity.fields.origin;
     sscanf(value, "%f %f %f", &o.x, &o.y, &o.z);
   } else if (strcasecmp(key, "model") == 0) {
-    entity.SetModel(value, SimWorld().PrecacheModel(value, false));
+    entity.SetModel(SimWorld().PrecacheModel(value, false));
   } else if (strcasecmp(key, "teamnum") == 0) {
     entity.fields.teamNum = atoi(value);
   }
@@ -154,7 +154,7 @@ void CreateProp(const char* command, const char* entityName) {
   CClient* player = SimWorld().CommandClient();
   CEntity* entity = SimWorld().CreateEntity(*FindEntityType(entityName), PlayerOrigin(player));
   if (!entity) return;
-  entity->SetModel(model.c_str(), SimWorld().PrecacheModel(model.c_str(), false));
+  entity->SetModel(SimWorld().PrecacheModel(model.c_str(), false));
   MadeBy(player, *entity);
 }
 

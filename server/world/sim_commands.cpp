@@ -221,7 +221,7 @@ bool SetTextField(CClient& c, const char* field, const char* value) {
     c.weapon = value;
   } else if (strcasecmp(field, "model") == 0) {
     c.model = value;
-    c.entity->SetModel(value, SimWorld().PrecacheModel(value, false));
+    c.entity->SetModel(SimWorld().PrecacheModel(value, false));
   } else if (strncasecmp(field, "cvar:", 5) == 0 && field[5]) {
     SimWorld().SetClientVar(c, field + 5, value);
   } else if (!ParseTriple(value, a, b, d)) {

@@ -48,7 +48,6 @@ void CSimWorld::LevelStart(const char* mapName, int maxClients) {
   m_highWater = 0;
   m_stringTables.Reset(mapName);
   m_voice.Reset();
-  m_lightStyles.clear();
   AttachEntity(0, std::make_unique<CEntity>(&m_edicts[0], *FindEntityType("worldspawn")));
   for (CClient* client : Clients()) {
     MakePlayerEntity(*client);
@@ -119,7 +118,7 @@ CEntity* CSimWorld::CreateEntity(const EntityType& type, const Vector& origin) {
   CEntity* entity = owned.get();
   AttachEntity(index, std::move(owned));
   entity->fields.origin = origin;
-  if (type.model[0]) entity->SetModel(type.model, PrecacheModel(type.model, false));
+  if (type.model[0]) entity->SetModel(PrecacheModel(type.model, false));
   if (type.physics) {
     entity->SetPhysics(std::make_unique<CPhysicsObject>(*entity, m_physics.Environment()));
     m_physics.Environment().Add(entity->Physics());
@@ -239,9 +238,7 @@ int CSimWorld::PrecacheDecal(const char* name, bool) {
 }
 
 void CSimWorld::LightStyle(int style, const char* value) {
-  const char* text = value ? value : "";
-  m_lightStyles[style] = text;
-  Announce("lightstyle", std::to_string(style) + " " + EscapedText(text));
+  Announce("lightstyle", std::to_string(style) + " " + EscapedText(value ? value : ""));
 }
 
 // ---- interfaces ----

@@ -145,8 +145,6 @@ public:
   // ---- services ----
   CStringTables& StringTables() { return m_stringTables; }
   CPhysics& Physics() { return m_physics; }
-  CPluginHelpers& Helpers() { return m_helpers; }
-  CVoiceServer& Voice() { return m_voice; }
   // Fires a declared game event if anybody listens; `fill` sets its keys.
   template <class Fill>
   void FireEvent(const char* name, Fill fill);
@@ -178,7 +176,6 @@ private:
   std::deque<PendingInput> m_inputs;
   std::deque<PendingClientText> m_clientText;
   std::vector<int> m_reentering;  // userids that enter the new level on its first frame
-  std::unordered_map<int, std::string> m_lightStyles;
 
   CPlayerInfoManager m_playerInfo{*this};
   CEffects m_effects{*this};
