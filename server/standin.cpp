@@ -288,6 +288,8 @@ void CStandIn::RunClientCommand(edict_t* edict, const char* text) {
   cmd.Tokenize(text);
   m_current = &cmd;
   if (cmd.Argc() > 0) DispatchClientCommand(edict, index - 1);
+  // Lines that follow come from the server again, and the plugin hears so.
+  if (m_plugin && cmd.Argc() > 0) m_plugin->SetCommandClient(-1);
   --m_executeDepth;
   m_current = outer;
 }

@@ -141,7 +141,7 @@ TEST_F(WorldTest, AClientCommandGoesToThePluginFirst) {
   server.Run("sim_connect Alice");
   Plugin().calls.clear();
   std::string out = server.Run("sim_client 2 menuselect 3");
-  EXPECT_EQ(Plugin().Take(), "SetCommandClient 0\nClientCommand menuselect [3] @1\n");
+  EXPECT_EQ(Plugin().Take(), "SetCommandClient 0\nClientCommand menuselect [3] @1\nSetCommandClient -1\n");
   EXPECT_EQ(out, "< command from 2: \"menuselect 3\"\n");
   Plugin().commandResult = PLUGIN_STOP;
   EXPECT_EQ(server.Run("sim_client 2 menuselect 3"), "");
