@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "KeyValues.h"
-#include "basic_services.h"
 #include "standin.h"
 #include "tier0.h"
 #include "vstdlib.h"
@@ -194,7 +193,7 @@ void Status_f() {
   for (int i = 1; i <= world.MaxClients(); ++i)
     if (world.PEntityOfEntIndex(i)) ++players;
   Msg("hostname: %s\n", hostname ? hostname->GetString() : "");
-  Msg("game    : %s\n", BASIC_GAME_DESCRIPTION);
+  Msg("game    : %s\n", WORLD_GAME_DESCRIPTION);
   Msg("map     : %s\n", s.LevelActive() ? s.MapName().c_str() : "(none)");
   Msg("players : %d (%d max)\n", players, world.MaxClients());
   Msg("time    : %.3f s, tick %d\n", s.Clock().Now(), s.Clock().Globals()->tickcount);

@@ -183,7 +183,7 @@ void CStandIn::Frame() {
 void CStandIn::Settle() {
   int busyFrames = 0;  // frames that ran the buffer; frames asked for by wait and sim_* don't count
   m_settleCommands = 0;
-  while (!m_quit && (!m_cbuf.IsEmpty() || m_skipFrames > 0)) {
+  while (!m_quit && (!m_cbuf.IsEmpty() || m_skipFrames > 0 || m_world->Busy())) {
     if (busyFrames >= STANDIN_MAX_SETTLE_FRAMES || m_settleCommands >= STANDIN_MAX_SETTLE_COMMANDS) {
       Warning("Still busy after %d frames and %lld commands; going on with %zu bytes queued\n", busyFrames,
               m_settleCommands, m_cbuf.PendingBytes());
@@ -209,9 +209,7 @@ void CStandIn::Execute() {
   if (m_executeDepth == 0) m_stopRun = false;
   const ConsoleCommand* outer = m_current;
   ++m_executeDepth;
-  std::unique_ptr<ConsoleCommand>& slot = m_commands[size_t(m_executeDepth)];
-  if (!slot) slot = std::make_unique<ConsoleCommand>();
-  ConsoleCommand& cmd = *slot;
+  ConsoleCommand& cmd = CommandSlot();
   std::string& text = m_commandTexts[size_t(m_executeDepth)];
   while (!m_stopRun && !m_quit && m_frameCommands < STANDIN_MAX_COMMANDS_PER_FRAME && m_cbuf.NextCommand(text)) {
     ++m_frameCommands;
@@ -222,6 +220,12 @@ void CStandIn::Execute() {
   }
   --m_executeDepth;
   m_current = outer;
+}
+
+ConsoleCommand& CStandIn::CommandSlot() {
+  std::unique_ptr<ConsoleCommand>& slot = m_commands[size_t(m_executeDepth)];
+  if (!slot) slot = std::make_unique<ConsoleCommand>();
+  return *slot;
 }
 
 namespace {
@@ -251,11 +255,8 @@ void CStandIn::Dispatch(const ConsoleCommand& cmd) {
     Msg("Unknown command \"%s\"\n", name);
     return;
   }
-  if (base->IsBitSet(FCVAR_CHEAT) && !CheatsAllowed(m_console) && (base->IsCommand() || cmd.Argc() > 1)) {
-    Msg("Can't use cheat %s %s unless sv_cheats is 1\n", base->IsCommand() ? "command" : "variable",
-        base->GetName());
-    return;
-  }
+  if (CheatRefused(base, cmd.Argc())) return;
+  m_world->SetCommandClient(-1);
   if (base->IsCommand()) {
     static_cast<ConCommand*>(base)->Dispatch();
   } else if (cmd.Argc() == 1) {
@@ -263,6 +264,52 @@ void CStandIn::Dispatch(const ConsoleCommand& cmd) {
   } else {
     static_cast<ConVar*>(base)->SetValue(cmd.Argv(1));
   }
+}
+
+bool CStandIn::CheatRefused(ConCommandBase* base, int argc) {
+  if (!base->IsBitSet(FCVAR_CHEAT) || CheatsAllowed(m_console)) return false;
+  if (!base->IsCommand() && argc <= 1) return false;
+  Msg("Can't use cheat %s %s unless sv_cheats is 1\n", base->IsCommand() ? "command" : "variable", base->GetName());
+  return true;
+}
+
+// ---- client commands ----
+
+void CStandIn::RunClientCommand(edict_t* edict, const char* text) {
+  int index = m_world->IndexOfEdict(edict);
+  if (index < 1 || index > m_world->MaxClients() || !text) return;
+  if (m_executeDepth >= STANDIN_MAX_EXECUTE_DEPTH) {
+    Warning("Client command nested %d deep; ignored\n", m_executeDepth);
+    return;
+  }
+  const ConsoleCommand* outer = m_current;
+  ++m_executeDepth;
+  ConsoleCommand& cmd = CommandSlot();
+  cmd.Tokenize(text);
+  m_current = &cmd;
+  if (cmd.Argc() > 0) DispatchClientCommand(edict, index - 1);
+  // Lines that follow come from the server again, and the plugin hears so.
+  if (m_plugin && cmd.Argc() > 0) m_plugin->SetCommandClient(-1);
+  --m_executeDepth;
+  m_current = outer;
+}
+
+// Clients reach only the game's commands (FCVAR_GAMEDLL); the server's own commands and variables are
+// not theirs to run, so those names go to the game like any command it doesn't know.
+void CStandIn::DispatchClientCommand(edict_t* edict, int client) {
+  if (m_plugin) {
+    m_plugin->SetCommandClient(client);
+    if (m_plugin->ClientCommand(edict) != PLUGIN_CONTINUE) return;
+  }
+  ConCommandBase* base = m_console.FindCommandBase(m_current->Argv(0));
+  if (!base || !base->IsCommand() || !base->IsBitSet(FCVAR_GAMEDLL)) {
+    m_world->GameClientCommand(edict);
+    return;
+  }
+  if (CheatRefused(base, m_current->Argc())) return;
+  m_world->SetCommandClient(client);
+  static_cast<ConCommand*>(base)->Dispatch();
+  m_world->SetCommandClient(-1);
 }
 
 // ---- aliases ----

@@ -64,6 +64,10 @@ public:
   void Settle();
   // Runs the buffer now, inside the caller, until it is empty or a command ends the run.
   void Execute();
+  // A client's console command: the engine's current command while it runs. The plugin sees it first
+  // (SetCommandClient, ClientCommand); if the plugin lets it pass, a game command of that name runs with
+  // the game's command client set to this client, and any other goes to the game (IServerWorld).
+  void RunClientCommand(edict_t* edict, const char* text);
   // `wait`, `map` and `quit` end the run in progress; `frames` more frames pass before the buffer runs again.
   void StopRun(int frames);
   void RequestLevelChange(const char* map) { m_pendingMap = map; }
@@ -99,6 +103,9 @@ private:
   void StartLevel(const std::string& map);
   void EndLevel();
   void Dispatch(const ConsoleCommand& cmd);
+  void DispatchClientCommand(edict_t* edict, int client);
+  bool CheatRefused(ConCommandBase* base, int argc);
+  ConsoleCommand& CommandSlot();
   void LoadEngineEvents();
   bool Withheld(const char* name) const;
 

@@ -6,9 +6,7 @@
 // random streams, plugin helpers). Every IVEngineServer operation that names a player or an entity is
 // delegated to the world through the operations below, with the engine's own signature.
 //
-// The core makes its world with CreateServerWorld(). The default, a world with edicts and no players
-// (basic_world.cpp), is a weak definition: a fuller world (server/world/) derives from CBasicWorld,
-// overrides what it makes real, and defines CreateServerWorld() to replace the default at link time.
+// The core makes its world with CreateServerWorld() (server/world/sim_world.cpp).
 #pragma once
 
 #include "eiface.h"
@@ -18,6 +16,9 @@ class CGlobalVars;
 class IGameEventManager2;
 class IFileSystem;
 class IServerPluginCallbacks;
+
+// The demo game's description, as GetGameDescription gives it.
+#define WORLD_GAME_DESCRIPTION "Tidewright Demo"
 
 // What the core hands its world once, before the first level.
 struct WorldSetup {
@@ -44,6 +45,17 @@ public:
   virtual void Frame() = 0;
   // The lines of `status` that list players.
   virtual void PrintStatus() = 0;
+  // True while the world waits for frames to finish what a line started (client answers, queries): the
+  // core runs frames until it is done, as it does for a busy command buffer.
+  virtual bool Busy() const = 0;
+
+  // ---- client commands ----
+  // The client the game's commands act for: player slot - 1, or -1 for the server itself. The core sets
+  // it for each command it runs.
+  virtual void SetCommandClient(int client) = 0;
+  // A client's command that no console command of the game took: the game's own (menuselect, jointeam...).
+  // The command is the engine's current one.
+  virtual void GameClientCommand(edict_t* edict) = 0;
 
   // ---- edicts ----
   virtual edict_t* EdictList() = 0;

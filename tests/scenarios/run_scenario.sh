@@ -30,8 +30,9 @@ output=$(
     "$build/tidewright-server" --game "$work/game" "${args[@]}" 2>&1
 )
 status=$?
-# Paths of the temporary copy differ from run to run.
+# Paths of the temporary copy differ from run to run, and the build folder from checkout to checkout.
 output=${output//$work/@ROOT@}
+output=${output//$build/@BUILD@}
 
 if [ ! -f "$scenario/full" ]; then
   output=$(printf '%s\n' "$output" | sed -n "/^$marker\$/,\$p" | sed 1d)

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "basic_world.h"
 #include "eiface.h"
 #include "irecipientfilter.h"
 #include "filesystem.h"
@@ -336,71 +335,6 @@ TEST(StandInSharedServer, RunsTheLinkedPluginOnceForTheWholeBinary) {
     EXPECT_EQ(other.Run("echo other"), "other\n");
   }
   EXPECT_EQ(g_standIn, &shared.Server());
-}
-
-}  // namespace
-
-namespace {
-
-class RecipientsNone : public IRecipientFilter {
-public:
-  bool IsReliable() const override { return true; }
-  bool IsInitMessage() const override { return false; }
-  int GetRecipientCount() const override { return 0; }
-  int GetRecipientIndex(int) const override { return -1; }
-};
-
-TEST(BasicWorld, RecordsWhatItDoesNotActOn) {
-  TestServer server;
-  auto& world = static_cast<CBasicWorld&>(server.Server().World());
-  auto* sound = static_cast<IEngineSound*>(CStandIn::EngineFactory("IEngineSoundServer003", nullptr));
-  auto* effects = static_cast<IEffects*>(CStandIn::GameFactory("IEffects001", nullptr));
-  RecipientsNone filter;
-  sound->EmitSound(filter, 0, CHAN_AUTO, "ambient/wind.wav", 1.0f, 0.8f);
-  effects->Sparks(Vector(1, 2, 3));
-  bf_write* msg = server.Server().Engine().UserMessageBegin(&filter, 3);
-  msg->WriteString("hi");
-  server.Server().Engine().MessageEnd();
-  EXPECT_EQ(world.Calls().CountOf("EmitSound"), 1u);
-  EXPECT_EQ(world.Calls().CountOf("Sparks"), 1u);
-  EXPECT_EQ(world.Calls().Records().back().detail, "3 bytes 3");
-  OutputCapture out;
-  server.Server().Engine().MessageEnd();
-  EXPECT_TRUE(out.Contains("MessageEnd without UserMessageBegin"));
-}
-
-TEST(BasicWorld, StringTablesVoiceAndGameInterfacesWork) {
-  TestServer server;
-  auto* tables = static_cast<INetworkStringTableContainer*>(
-      CStandIn::EngineFactory("VEngineServerStringTable001", nullptr));
-  INetworkStringTable* downloads = tables->FindTable("downloadables");
-  ASSERT_NE(downloads, nullptr);
-  int index = downloads->AddString("sound/x.wav");
-  EXPECT_EQ(downloads->AddString("sound/x.wav"), index);
-  EXPECT_STREQ(downloads->GetString(index), "sound/x.wav");
-  EXPECT_STREQ(downloads->GetString(999), "");
-  bool before = server.Server().Engine().LockNetworkStringTables(true);
-  EXPECT_FALSE(before);
-  EXPECT_EQ(downloads->AddString("sound/y.wav"), INVALID_STRING_INDEX);
-  server.Server().Engine().LockNetworkStringTables(false);
-
-  auto* voice = static_cast<IVoiceServer*>(CStandIn::EngineFactory("VoiceServer001", nullptr));
-  EXPECT_TRUE(voice->GetClientListening(1, 2));
-  voice->SetClientListening(1, 2, false);
-  EXPECT_FALSE(voice->GetClientListening(1, 2));
-  EXPECT_FALSE(voice->SetClientListening(-1, 200, true));
-
-  auto* dll = static_cast<IServerGameDLL*>(CStandIn::GameFactory("ServerGameDLL005", nullptr));
-  EXPECT_STREQ(dll->GetGameDescription(), "Tidewright Demo");
-  char name[32];
-  int size = 0;
-  ASSERT_TRUE(dll->GetUserMessageInfo(0, name, sizeof name, size));
-  EXPECT_STREQ(name, "SayText");
-  EXPECT_FALSE(dll->GetUserMessageInfo(-1, name, sizeof name, size));
-  auto* clients = static_cast<CBasicGameClients*>(
-      static_cast<IServerGameClients*>(CStandIn::GameFactory("ServerGameClients003", nullptr)));
-  clients->SetCommandClient(4);
-  EXPECT_EQ(clients->CommandClient(), 4);
 }
 
 }  // namespace
