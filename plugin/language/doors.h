@@ -111,5 +111,6 @@ private:
 void ReturnText(bool fromConsole, const char* varName, const char* value);
 void ReturnInt(bool fromConsole, const char* varName, int value);
 void ReturnFloat(bool fromConsole, const char* varName, float value);
-// Stores a value that has already been set; prints as the value rule does. False when `var` is null.
+// Prints what the value rule prints after a store into `varName` gave `var` (null: the store was refused).
+// False when it was refused.
 bool ReportStored(ConVar* var, const char* varName);

@@ -55,13 +55,7 @@ void CreateVectorFromPoints_h(bool expand, bool fromConsole) {
 
 // Stores one component into its variable; false (after the message) when the store was refused.
 bool StoreComponent(const char* varName, float value) {
-  ConVar* var = SetVarFloat(varName, value, false);
-  if (!var) {
-    DbgMsg(0, "The var \"%s\" could not be set\n", varName);
-    return false;
-  }
-  DbgMsg(1, "%s = %s\n", var->GetName(), var->GetString());
-  return true;
+  return ReportStored(SetVarFloat(varName, value, false), varName);
 }
 
 void SplitVectorString_h(bool expand, bool fromConsole) {

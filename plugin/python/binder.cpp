@@ -27,7 +27,8 @@ constexpr std::array<PyCFunction, sizeof...(N)> MakeBinders(std::integer_sequenc
   return {&BinderAt<N>...};
 }
 
-constexpr std::array<PyCFunction, MAX_TW_METHODS> kBinders = MakeBinders(std::make_integer_sequence<int, MAX_TW_METHODS>());
+constexpr std::array<PyCFunction, MAX_TW_METHODS> kBinders =
+    MakeBinders(std::make_integer_sequence<int, MAX_TW_METHODS>());
 
 // Appends an item to the joined argument text, a blank between items, within the limit.
 void AppendJoined(char* joined, size_t& length, const char* text, size_t n, bool first) {

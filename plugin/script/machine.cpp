@@ -134,22 +134,22 @@ bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
 void DoBlock(const char* text, const char* args) {
   DbgMsg(4, "tw__db %s;\n", text);
   // Block names are far shorter than the buffer, so a cut name can only fail to be found.
-  const char* start = text ? text : "";
-  while (*start == ' ' || *start == '\t' || *start == '\r' || *start == '\n') ++start;
-  size_t n = strlen(start);
-  while (n > 0 && strchr(" \t\r\n", start[n - 1])) --n;
+  const char* begin = text ? text : "";
+  while (*begin == ' ' || *begin == '\t' || *begin == '\r' || *begin == '\n') ++begin;
+  size_t n = strlen(begin);
+  while (n > 0 && strchr(" \t\r\n", begin[n - 1])) --n;
   char name[TEXT_BUFFER_SIZE];
-  snprintf(name, sizeof name, "%.*s", int(n < sizeof name ? n : sizeof name - 1), start);
+  snprintf(name, sizeof name, "%.*s", int(n < sizeof name ? n : sizeof name - 1), begin);
 
   if (!g_scriptMachine.registry.GetBlock(name)) return;  // a missing block is no error
-  Instruction start_{};
-  if (!g_scriptMachine.ExecBlock(name, start_, args)) {
+  Instruction start{};
+  if (!g_scriptMachine.ExecBlock(name, start, args)) {
     DbgMsg(2, "Block was refused: %s.\n", name);
     return;
   }
   DbgMsg(5, "doblock preparing:\n   NextIP: 0x%llx\n      Cmd: %s",
-         static_cast<unsigned long long>(start_.next ? start_.next->handle : 0), start_.cmd);
-  QueueFirstLine(start_, name);
+         static_cast<unsigned long long>(start.next ? start.next->handle : 0), start.cmd);
+  QueueFirstLine(start, name);
 }
 
 namespace {

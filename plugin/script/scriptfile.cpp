@@ -245,13 +245,14 @@ void CompileFile(CScript* script, FileHandle_t file, const char* path) {
 
 void LoadAddonFile(const char* name) {
   DbgMsg(2, "LoadAddonFile().\n");
+  const char* given = name ? name : "";
   char scriptName[MAX_SCRIPT_NAME];
   char path[MAX_SCRIPT_NAME];
-  if (!CopyBounded(scriptName, sizeof scriptName, name ? name : "")) {
+  if (!CopyBounded(scriptName, sizeof scriptName, given)) {
     ReportScriptError(0, "[Tidewright] Script name too long (at most %d characters).\n", MAX_SCRIPT_NAME - 1);
     return;
   }
-  const char* base = LastComponent(name);
+  const char* base = LastComponent(given);
   for (char* p = scriptName; *p; ++p)
     if (*p == '\\') *p = '/';
   if (snprintf(path, sizeof path, "addons/tidewright/%s/tw_%s.txt", scriptName, base) >= int(sizeof path)) {

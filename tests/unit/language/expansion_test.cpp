@@ -148,7 +148,8 @@ TEST_F(ExpansionTest, LineThatWouldPassTheBufferFails) {
   std::string out = Run("tw echo server_var(ev_kilo) server_var(ev_kilo) server_var(ev_kilo)");
   EXPECT_NE(out.find("Error in string format."), std::string::npos);
   EXPECT_EQ(out.find("kkkk"), std::string::npos);
-  EXPECT_EQ(Expand("server_var(ev_kilo) server_var(ev_kilo)"), std::string(1000, 'k') + " " + std::string(1000, 'k') + "\n");
+  const std::string kilo(1000, 'k');
+  EXPECT_EQ(Expand("server_var(ev_kilo) server_var(ev_kilo)"), kilo + " " + kilo + "\n");
 }
 
 TEST_F(ExpansionTest, TwNeedsACommandString) {

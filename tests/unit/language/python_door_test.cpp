@@ -13,7 +13,9 @@
 
 #ifdef TW_SANITIZE
 // The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() { return "leak:libpython3\n"; }
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+  return "leak:libpython3\n";
+}
 #endif
 
 namespace {

@@ -50,6 +50,8 @@ TEST_F(CorelibTest, PrintAndRun) {
   EXPECT_EQ(Call("corelib/run", "run cl_cmd"), "ran from a variable\n");
 }
 
-TEST_F(CorelibTest, LogWritesTheArguments) { EXPECT_EQ(LogOf(Call("corelib/log", "log player joined")), "player joined\n"); }
+TEST_F(CorelibTest, LogWritesTheArguments) {
+  EXPECT_EQ(LogOf(Call("corelib/log", "log player joined")), "player joined\n");
+}
 
 }  // namespace

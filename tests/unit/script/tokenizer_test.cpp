@@ -60,7 +60,9 @@ TEST(ParseToken, NullAndBlankTextGiveNoToken) {
   EXPECT_EQ(ParseToken(" \t\n ", token, sizeof token), nullptr);
 }
 
-TEST(ParseToken, HighBitCharactersAreOrdinary) { EXPECT_EQ(Tokens("\xc3\xa9t\xc3\xa9 x"), (V{"\xc3\xa9t\xc3\xa9", "x"})); }
+TEST(ParseToken, HighBitCharactersAreOrdinary) {
+  EXPECT_EQ(Tokens("\xc3\xa9t\xc3\xa9 x"), (V{"\xc3\xa9t\xc3\xa9", "x"}));
+}
 
 TEST(CmdTokenize, EmptyAndBlankLinesHoldNoToken) {
   for (const char* line : {"", "   \t "}) {
