@@ -34,8 +34,10 @@ CPluginConVarAccessor s_accessor;
 
 // Names compare ignoring case, the hash counts case: "X" after "x" gets an entry of its own. Entries are
 // never removed, so the variables they name must live as long as the process.
+// Never destroyed: its entries, and the variables made at run time that only it holds, live for the
+// whole process, through the engine's shutdown included.
 NameTable<ConVar*>& VarCache() {
-  static NameTable<ConVar*> cache(true);
+  static NameTable<ConVar*>& cache = *new NameTable<ConVar*>(true);
   return cache;
 }
 
