@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "eiface.h"
 #include "host/console.h"
@@ -84,16 +86,29 @@ private:
 
 }  // namespace
 
-// Door objects live as long as the process: the engine's chain holds them.
+namespace {
+
+// Door objects live as long as the process, through the engine's shutdown included: this list is never
+// destroyed, so they stay ours whatever becomes of the engine's chain.
+template <class Door, class... Args>
+void KeepDoor(Args&&... args) {
+  static std::vector<ConCommand*>& doors = *new std::vector<ConCommand*>;
+  doors.push_back(new Door(std::forward<Args>(args)...));
+}
+
+}  // namespace
+
 void CommandTable::AddDoors(const CommandRow& row) {
-  if (row.doors & DOOR_X) new CommandDoor(row, false);
-  if (row.doors & DOOR_EXPANDED) new CommandDoor(row, true);
+  if (row.doors & DOOR_X) KeepDoor<CommandDoor>(row, false);
+  if (row.doors & DOOR_EXPANDED) KeepDoor<CommandDoor>(row, true);
   if (row.doors & DOOR_PYTHON) RegisterBinder(row);
 }
 
-void CommandTable::AddPlain(const PlainCommandRow& row) { new ConCommand(row.name, row.callback, row.help, 0); }
+void CommandTable::AddPlain(const PlainCommandRow& row) {
+  KeepDoor<ConCommand>(row.name, row.callback, row.help, 0);
+}
 
-void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { new PrefixTwinDoor(row); }
+void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { KeepDoor<PrefixTwinDoor>(row); }
 
 // ---- the current record ----
 
