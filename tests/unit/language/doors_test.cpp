@@ -30,13 +30,6 @@ TEST_F(DoorsTest, ExpandedTwinHelpAddsTheExpansionSentence) {
                "Adds/sets a new server/global variable. Expands event and server variables.");
 }
 
-TEST_F(DoorsTest, DoorsAreRegisteredAsPluginCommands) {
-  ConCommandBase* door = FindCommand("tw_xset");
-  EXPECT_TRUE(door->IsCommand());
-  EXPECT_TRUE(door->IsBitSet(FCVAR_PLUGIN));
-  EXPECT_TRUE(door->IsRegistered());
-}
-
 TEST_F(DoorsTest, UsageNamesTheDoorThatWasUsed) {
   EXPECT_EQ(Run("tw_xset"), "Syntax: tw_xset <key> <value> [description]\n");
   EXPECT_EQ(Var("tidewright_lasterror"), "Syntax error");

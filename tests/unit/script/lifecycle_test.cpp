@@ -53,12 +53,6 @@ TEST_F(LifecycleTest, UnloadNeedsAName) {
   EXPECT_EQ(Run("tw__unload"), "Syntax: tw__unload <scriptname>\n");
 }
 
-TEST_F(LifecycleTest, UnloadedScriptCanBeLoadedAgain) {
-  Load("again", "block load\n{\necho loaded\n}\n");
-  Run("tw_xunload again");
-  EXPECT_NE(Run("tw_xload again").find("loaded\n"), std::string::npos);
-}
-
 TEST_F(LifecycleTest, OverlongUnloadNameIsRefused) {
   std::string out = Run("tw_xunload " + std::string(2100, 'q'));
   EXPECT_NE(out.find("The script name is too long"), std::string::npos);

@@ -192,10 +192,6 @@ TEST_F(RegistryTest, GetEventHashOfUnknownNameIsZero) {
   EXPECT_EQ(registry.GetEvent(0xFFFFFFFFFFFFull), nullptr);
 }
 
-TEST_F(RegistryTest, AddScriptRefusesNull) { EXPECT_FALSE(registry.AddScript(nullptr)); }
-
-TEST_F(RegistryTest, RemoveUnknownScriptAnswersFalse) { EXPECT_FALSE(registry.RemoveScript("ghost")); }
-
 TEST_F(RegistryTest, SameFullNameFromTwoScriptsStaysWithItsOwner) {
   // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x".
   Add("foo", "block bar/x\n{\n}\n");

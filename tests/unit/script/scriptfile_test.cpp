@@ -161,25 +161,6 @@ TEST(ScriptReader, OverlongSectionNameIsCutWithAMessage) {
   EXPECT_TRUE(capture.Contains("Section name too long"));
 }
 
-TEST(ScriptReader, LinesKnowTheirFileAndHaveHandles) {
-  auto script = Compile("dir/s", "block a\n{\ntw_msg 1\n}\n");
-  const CBlock* block = Find(*script, "dir/s/a");
-  ASSERT_NE(block, nullptr);
-  EXPECT_STREQ(block->firstLine->fileName, "tw_dir/s.txt");
-  EXPECT_EQ(g_lineHandles.Get(block->firstLine->handle), block->firstLine);
-  EXPECT_EQ(g_blockHandles.Get(block->handle), block);
-  EXPECT_EQ(block->lastLine->lineNumber, -1);
-}
-
-TEST(ScriptReader, ClosedBlockTakesNoLine) {
-  CBlock block("s/a", nullptr, false);
-  EXPECT_EQ(block.AddLine("x\n", 1), 1);
-  EXPECT_EQ(block.AddLine(nullptr, 1), -1);
-  block.CloseBlock();
-  EXPECT_EQ(block.AddLine("y\n", 1), -1);
-  EXPECT_STREQ(block.firstLine->fileName, "tw_unknown.txt");
-}
-
 TEST(ScriptReader, ReleasedLinesGiveTheirHandlesUp) {
   LineHandle handle;
   {
@@ -237,12 +218,6 @@ TEST_F(LoadAddonFileTest, OverlongNameIsRefused) {
   std::string out = Run("tw_xload " + std::string(1100, 'z'));
   EXPECT_NE(out.find("too long"), std::string::npos);
   EXPECT_EQ(g_scriptMachine.registry.FirstScript(), nullptr);
-}
-
-TEST_F(LoadAddonFileTest, QuietAtDebugMinusOne) {
-  tidewright_debug.SetValue(-1);
-  std::string out = Load("quiet", "block a\n{\n}\n");
-  EXPECT_EQ(out, "");
 }
 
 }  // namespace

@@ -131,11 +131,6 @@ TEST(CmdTokenize, TokenOverTheLimitIsCutAndItsRestConsumed) {
   EXPECT_STREQ(args->Argv(2), "next");
 }
 
-TEST(CmdTokenize, NullLineGivesAnEmptyRecord) {
-  auto args = Tokenize(nullptr);
-  EXPECT_EQ(args->Argc(), 0);
-}
-
 TEST(CmdTokenize, ManyBreakCharactersFitTheRecord) {
   std::string line = "x " + std::string(300, '(');
   auto args = Tokenize(line.c_str());
