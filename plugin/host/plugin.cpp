@@ -13,6 +13,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "iplayerinfo.h"
+#include "script/scriptfile.h"
 #include "vstdlib.h"
 
 CTidewrightPlugin g_TidewrightPlugin;
@@ -167,6 +168,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   ProtectRconPassword();
   FreeClassNameTable();
   DbgMsg(0, "[Tidewright]   Automatically loading tw_corelib.txt...\n");
+  LoadAddonFile("corelib");
   DbgMsg(0, "[Tidewright]   Done loading corelib.\n");
   DbgMsg(0, "[Tidewright] Brannock's Tidewright plugin loaded.\n");
   return true;

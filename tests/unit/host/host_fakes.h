@@ -3,6 +3,8 @@
 // and two factories whose interfaces a test can take away or add.
 #pragma once
 
+#include "filesystem.h"
+
 #include <gtest/gtest.h>
 #include <strings.h>
 
@@ -221,6 +223,20 @@ private:
   float m_lastTime = 0;
 };
 
+// A file system with no files: scripts and event files are never found.
+class FakeFileSystem : public IFileSystem {
+public:
+  int Read(void*, int, FileHandle_t) override { return 0; }
+  int Write(const void*, int, FileHandle_t) override { return 0; }
+  FileHandle_t Open(const char*, const char*, const char*) override { return nullptr; }
+  void Close(FileHandle_t) override {}
+  unsigned int Size(FileHandle_t) override { return 0; }
+  bool FileExists(const char*, const char*) override { return false; }
+  long GetFileTime(const char*, const char*) override { return 0; }
+  bool EndOfFile(FileHandle_t) override { return true; }
+  char* ReadLine(char*, int, FileHandle_t) override { return nullptr; }
+};
+
 // ---- process-wide fakes and factories ----
 
 struct FakeWorld {
@@ -228,6 +244,7 @@ struct FakeWorld {
   FakeEngine engine;
   FakeEventManager events;
   FakePlayerInfoManager playerInfo;
+  FakeFileSystem files;
   // Interfaces that the plugin only stores: distinct addresses that are never called.
   char opaque[16] = {};
   // What each factory knows, and every name either was asked, in order.
@@ -239,7 +256,7 @@ struct FakeWorld {
   void Reset() {
     engineInterfaces = {
         {"VoiceServer001", &opaque[0]},          {"VEngineServer021", &engine},
-        {"GAMEEVENTSMANAGER002", &events},       {"VFileSystem012", &opaque[1]},
+        {"GAMEEVENTSMANAGER002", &events},       {"VFileSystem012", &files},
         {"ISERVERPLUGINHELPERS001", &opaque[2]}, {"EngineTraceServer003", &opaque[3]},
         {"IEngineSoundServer003", &opaque[4]},   {"VEngineServerStringTable001", &opaque[5]},
         {"VEngineRandom001", &opaque[6]},        {"VPhysics030", &opaque[7]},
