@@ -31,7 +31,10 @@ const CommandArgs s_noArgs;
 class CommandDoor : public ConCommand {
 public:
   CommandDoor(const CommandRow& row, bool expanded) : m_row(row), m_expanded(expanded) {
-    snprintf(m_name, sizeof m_name, expanded ? "tw_%s" : "tw_x%s", row.base);
+    if (expanded && row.expandedName)
+      snprintf(m_name, sizeof m_name, "%s", row.expandedName);
+    else
+      snprintf(m_name, sizeof m_name, expanded ? "tw_%s" : "tw_x%s", row.base);
     m_help = row.help;
     if (expanded) m_help += kExpandsSuffix;
     Create(m_name, nullptr, m_help.c_str(), 0);

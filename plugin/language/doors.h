@@ -29,6 +29,7 @@ struct CommandRow {
   const char* usage;  // printed with Argv(0), the name of the door used
   const char* help;   // the x twin's help text, and the binder's doc text
   unsigned doors;
+  const char* expandedName = nullptr;  // the expanded twin's name where it isn't tw_<base> (`if`)
 };
 
 // A command of one form: a name, a callback reading the engine's tokens, a help text.
