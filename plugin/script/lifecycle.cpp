@@ -1,5 +1,6 @@
-// The script lifecycle commands as far as loading and removal go: load, unload and _unload, each with its
-// three doors. Removal waits behind the script's unload block, because both are inserted at the buffer's head.
+// The script lifecycle commands, each with its three doors: load (or the list), unload, reload, enable, disable,
+// the internal _unload and _disable, and createscriptlist. The real work of unload and disable waits behind
+// the script's own block, because both are inserted at the buffer's head, the block in front.
 #include "script/lifecycle.h"
 
 #include "host/diagnostics.h"
@@ -56,6 +57,48 @@ void RemoveAddon_h(bool expand, bool fromConsole) {
   if (args.Argc() > 1) RemoveAddon(args.Args());
 }
 
+// The unload runs first: its own two insertions stand in front of the waiting load.
+void Reload_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  if (args.Argc() <= 1) return;
+  TextBuf load;
+  TextBuf unload;
+  if (!BuildLine(load, "tw_xload ", args.Args(), "\n") || !BuildLine(unload, "tw_xunload ", args.Args(), "\n"))
+    return;
+  ImmediateExecuteCommand(load.c_str());
+  ImmediateExecuteCommand(unload.c_str());
+}
+
+// The script is enabled before its enable block runs; the block runs every time.
+void Enable_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  if (args.Argc() <= 1) return;
+  TextBuf enableBlock;
+  if (!BuildLine(enableBlock, "tw__db ", args.Args(), "/enable\n")) return;
+  g_scriptMachine.registry.SetScriptEnabled(args.Args(), true);
+  DbgMsg(0, "Enabling %s...\n", args.Args());
+  ImmediateExecuteCommand(enableBlock.c_str());
+}
+
+// The disable block runs first and the script is disabled after it, by tw__disable waiting behind it.
+void Disable_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  if (args.Argc() <= 1) return;
+  TextBuf disabling;
+  TextBuf disableBlock;
+  if (!BuildLine(disabling, "tw__disable ", args.Args(), "\n") ||
+      !BuildLine(disableBlock, "tw__db ", args.Args(), "/disable\n"))
+    return;
+  ImmediateExecuteCommand(disabling.c_str());
+  DbgMsg(0, "Disabling %s...\n", args.Args());
+  ImmediateExecuteCommand(disableBlock.c_str());
+}
+
+void DisableNow_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  if (args.Argc() > 1) g_scriptMachine.registry.SetScriptEnabled(args.Args(), false);
+}
+
 const CommandRow kLifecycleCommands[] = {
     {"load", Load_h, 1, "Syntax: %s [scriptname]\n", "Loads a script; without a name, lists the loaded scripts.",
      DOORS_ALL},
@@ -63,6 +106,14 @@ const CommandRow kLifecycleCommands[] = {
      DOORS_ALL},
     {"_unload", RemoveAddon_h, 2, "Syntax: %s <scriptname>\n", "Tidewright internal command: removes a script.",
      DOORS_ALL},
+    {"reload", Reload_h, 2, "Syntax: %s <scriptname>\n", "Unloads a script, then loads it again from its file.",
+     DOORS_ALL},
+    {"enable", Enable_h, 2, "Syntax: %s <scriptname>\n", "Enables a script's events, then runs its enable block.",
+     DOORS_ALL},
+    {"disable", Disable_h, 2, "Syntax: %s <scriptname>\n",
+     "Runs a script's disable block, then keeps its events from running.", DOORS_ALL},
+    {"_disable", DisableNow_h, 2, "Syntax: %s <scriptname>\n",
+     "Tidewright internal command: keeps a script's events from running.", DOORS_ALL},
 };
 const CommandTable s_lifecycleCommands(kLifecycleCommands);
 

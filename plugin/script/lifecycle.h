@@ -1,5 +1,5 @@
-// Loading and removing scripts from the console: tw_load (or the script list), tw_unload with the script's
-// unload block run first, and the internal tw__unload that removes the script once that block has drained.
+// The operator's commands on scripts: load (or the script list), unload, reload, enable, disable and
+// createscriptlist. Removal and disabling wait behind the script's own unload or disable block.
 #pragma once
 
 // Removes a loaded script by name (ignoring case) and says so.
