@@ -3,9 +3,10 @@
 // across a block's frame is tw__sb/tw__eb's.
 #include "script/conditionals.h"
 
+#include <strings.h>
+
 #include <cstdlib>
 #include <cstring>
-#include <strings.h>
 
 #include "eiface.h"
 #include "host/diagnostics.h"
@@ -22,20 +23,26 @@ constexpr int kConditionTokens = 7;
 const char kThenMarker[] = ") then ";
 const char kDoMarker[] = ") do";
 
-struct OperatorSpelling {
-  const char* text;
+// Each comparison with its spellings, in the order they are tried; a row ends early with null.
+constexpr int kMaxSpellings = 3;
+struct OperatorRow {
   CompareCode code;
+  const char* spellings[kMaxSpellings];
 };
 
-const OperatorSpelling kOperators[] = {
-    {"equalto", COMPARE_EQUAL},          {"=", COMPARE_EQUAL},           {"==", COMPARE_EQUAL},
-    {"notequalto", COMPARE_NOT_EQUAL},   {"!=", COMPARE_NOT_EQUAL},      {"greaterthan", COMPARE_GREATER},
-    {">", COMPARE_GREATER},              {"lessthan", COMPARE_LESS},     {"<", COMPARE_LESS},
-    {"notlessthan", COMPARE_NOT_LESS},   {">=", COMPARE_NOT_LESS},       {"=>", COMPARE_NOT_LESS},
-    {"notgreaterthan", COMPARE_NOT_GREATER}, {"=<", COMPARE_NOT_GREATER}, {"<=", COMPARE_NOT_GREATER},
-    {"in", COMPARE_IN},                  {":", COMPARE_IN},              {"notin", COMPARE_NOT_IN},
-    {"!:", COMPARE_NOT_IN},
+const OperatorRow kOperators[] = {
+    {COMPARE_EQUAL, {"equalto", "=", "=="}},
+    {COMPARE_NOT_EQUAL, {"notequalto", "!="}},
+    {COMPARE_GREATER, {"greaterthan", ">"}},
+    {COMPARE_LESS, {"lessthan", "<"}},
+    {COMPARE_NOT_LESS, {"notlessthan", ">=", "=>"}},
+    {COMPARE_NOT_GREATER, {"notgreaterthan", "=<", "<="}},
+    {COMPARE_IN, {"in", ":"}},
+    {COMPARE_NOT_IN, {"notin", "!:"}},
 };
+
+// Operands of the order comparisons: a text that is no number counts as 0, and NaN makes every order false.
+double Number(const char* text) { return text ? atof(text) : 0.0; }
 
 bool TextEqual(const char* left, const char* right) { return left && right && strcasecmp(left, right) == 0; }
 
@@ -49,25 +56,32 @@ bool Contains(const char* haystack, const char* needle) {
 
 CompareCode ConditionOperatorCode(const char* spelling) {
   if (!spelling) return COMPARE_UNSUPPORTED;
-  for (const OperatorSpelling& op : kOperators)
-    if (strcasecmp(op.text, spelling) == 0) return op.code;
+  for (const OperatorRow& row : kOperators)
+    for (const char* text : row.spellings)
+      if (text && strcasecmp(text, spelling) == 0) return row.code;
   return COMPARE_UNSUPPORTED;
 }
 
 bool CompareTokens(const char* left, CompareCode code, const char* right) {
-  // Numbers as 64-bit floats: a text that is no number counts as 0, and NaN makes every order false.
-  const double a = atof(left ? left : "");
-  const double b = atof(right ? right : "");
   switch (code) {
-    case COMPARE_EQUAL: return TextEqual(left, right);
-    case COMPARE_NOT_EQUAL: return !TextEqual(left, right);
-    case COMPARE_GREATER: return a > b;
-    case COMPARE_LESS: return a < b;
-    case COMPARE_NOT_LESS: return a >= b;
-    case COMPARE_NOT_GREATER: return a <= b;
-    case COMPARE_IN: return Contains(right, left);
-    case COMPARE_NOT_IN: return !Contains(right, left);
-    case COMPARE_UNSUPPORTED: break;
+    case COMPARE_EQUAL:
+      return TextEqual(left, right);
+    case COMPARE_NOT_EQUAL:
+      return !TextEqual(left, right);
+    case COMPARE_GREATER:
+      return Number(left) > Number(right);
+    case COMPARE_LESS:
+      return Number(left) < Number(right);
+    case COMPARE_NOT_LESS:
+      return Number(left) >= Number(right);
+    case COMPARE_NOT_GREATER:
+      return Number(left) <= Number(right);
+    case COMPARE_IN:
+      return Contains(right, left);
+    case COMPARE_NOT_IN:
+      return !Contains(right, left);
+    case COMPARE_UNSUPPORTED:
+      break;
   }
   const char* args = engine->Cmd_Args();
   DbgMsg(0, "%s: Unsupported comparison operator. Your line was:\n  %s\n", engine->Cmd_Argv(0), args ? args : "");
@@ -104,8 +118,7 @@ namespace {
 // ---- tw_xif and if ----
 
 void FormatError(int number, const char* line) {
-  DbgMsg(0,
-         "tw_xif: Format is:\n  tw_xif (<foo> equalto <bar>) then <any typical script line>\n%d Your line was: %s\n",
+  DbgMsg(0, "tw_xif: Format is:\n  tw_xif (<foo> equalto <bar>) then <any typical script line>\n%d Your line was: %s\n",
          number, line);
   SetLastErrorText("Syntax error");
 }
@@ -181,7 +194,8 @@ const CommandRow kIfCommands[] = {
 const CommandTable s_ifCommands(kIfCommands);
 
 const PlainCommandRow kElseCommands[] = {
-    {"tw_xelse", XElse_f, "Runs the rest of the line, or with do the nested block behind, when the last condition failed."},
+    {"tw_xelse", XElse_f,
+     "Runs the rest of the line, or with do the nested block behind, when the last condition failed."},
     {"else", Else_f,
      "Runs the rest of the line, or with do the nested block behind, when the last condition failed. Expands event "
      "and server variables."},

@@ -63,8 +63,7 @@ void Reload_h(bool expand, bool fromConsole) {
   if (args.Argc() <= 1) return;
   TextBuf load;
   TextBuf unload;
-  if (!BuildLine(load, "tw_xload ", args.Args(), "\n") || !BuildLine(unload, "tw_xunload ", args.Args(), "\n"))
-    return;
+  if (!BuildLine(load, "tw_xload ", args.Args(), "\n") || !BuildLine(unload, "tw_xunload ", args.Args(), "\n")) return;
   ImmediateExecuteCommand(load.c_str());
   ImmediateExecuteCommand(unload.c_str());
 }
