@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 #include <strings.h>
+#include <vector>
 
 #include "edict.h"
 #include "eiface.h"
@@ -49,13 +50,6 @@ const char* FindIn(CommandTableByName& table, const char* name) {
   return block ? block->c_str() : nullptr;
 }
 
-char* CopyText(const char* text) {
-  size_t n = strlen(text) + 1;
-  char* copy = new (std::nothrow) char[n];
-  if (copy) memcpy(copy, text, n);
-  return copy;
-}
-
 void LowerCase(char* text) {
   for (char* c = text; *c; ++c) *c = char(tolower(static_cast<unsigned char>(*c)));
 }
@@ -74,12 +68,18 @@ bool BuildCommandLine(TextBuf& line, const char* name, const char* args) {
   return false;
 }
 
-// Starts the block of a registered word for a client's command or chat line.
-void RunClientBlock(const char* block, const char* line, int userid) {
-  char name[TEXT_BUFFER_SIZE];  // DoBlock may run Python, which may change the tables
+// Starts a registered word's block with `line` as its arguments. The name is copied first: DoBlock may
+// run Python, which may change the tables.
+void StartRegisteredBlock(const char* block, const char* line) {
+  char name[TEXT_BUFFER_SIZE];
   snprintf(name, sizeof name, "%s", block);
-  g_commandUserid = userid;
   DoBlock(name, line);
+}
+
+// The same for a client's command or chat line, whose userid becomes the command userid.
+void RunClientBlock(const char* block, const char* line, int userid) {
+  g_commandUserid = userid;
+  StartRegisteredBlock(block, line);
 }
 
 // ---- the proxies ----
@@ -95,10 +95,7 @@ void RunProxy(CommandTableByName& table) {
     return;
   }
   TextBuf line;
-  if (!BuildCommandLine(line, name, args)) return;
-  char blockName[TEXT_BUFFER_SIZE];
-  snprintf(blockName, sizeof blockName, "%s", block);
-  DoBlock(blockName, line.c_str());
+  if (BuildCommandLine(line, name, args)) StartRegisteredBlock(block, line.c_str());
 }
 
 // The callback of tw__cmdproxy and of every command that regcmd makes.
@@ -106,6 +103,25 @@ void CmdProxy_f() { RunProxy(ConsoleCommands()); }
 void ClientCmdProxy_f() { RunProxy(ClientCommands()); }
 
 // ---- filling and emptying the tables ----
+
+// A console command that regcmd made: it owns its name and help text, registers with the engine at once,
+// and runs the proxy. It stays until the process ends.
+class CRegisteredCommand : public ConCommand {
+public:
+  CRegisteredCommand(const char* name, const char* help) : m_name(name), m_help(help) {
+    Create(m_name.c_str(), CmdProxy_f, m_help.c_str(), 0);
+  }
+
+private:
+  std::string m_name;
+  std::string m_help;
+};
+
+// Never destroyed: the engine's chain holds these commands for as long as the process runs.
+std::vector<CRegisteredCommand*>& MadeCommands() {
+  static std::vector<CRegisteredCommand*>& made = *new std::vector<CRegisteredCommand*>;
+  return made;
+}
 
 // An entry stays when its name is there already; the new block is dropped without a message.
 void AddEntry(CommandTableByName& table, const char* name, const char* block) {
@@ -128,14 +144,11 @@ void RegCmd_h(bool expand, bool fromConsole) {
     SetLastErrorText("Invalid parameter");
     return;
   }
-  // The command lives as long as the process: its name and help are its own and never freed.
-  char* nameCopy = CopyText(name);
-  char* helpCopy = CopyText(args.Argv(3));
-  ConCommand* command = nullptr;
-  if (nameCopy && helpCopy) command = new (std::nothrow) ConCommand(nameCopy, CmdProxy_f, helpCopy, 0);
-  if (!command) {
-    delete[] nameCopy;
-    delete[] helpCopy;
+  try {
+    std::vector<CRegisteredCommand*>& made = MadeCommands();
+    made.reserve(made.size() + 1);
+    made.push_back(new CRegisteredCommand(name, args.Argv(3)));
+  } catch (const std::bad_alloc&) {
     DbgMsg(0, "tw_xregcmd: Out of memory.\n");
     return;
   }
@@ -218,8 +231,8 @@ bool RunSayCommand(char* line, int userid) {
   return true;
 }
 
-// The chat event and the say commands; true when a say command ate the line. Nothing happens for a chat
-// command without text, or one whose event nobody can hear.
+// The chat event and the say commands; true when a say command ate the line. A player's line runs a say
+// command only once its event fired: a line whose event nobody can hear runs none.
 bool HandleChatLine(const char* text, bool teamOnly, int userid) {
   if (userid <= 0) {
     FireChatEvent(userid, teamOnly, text);

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string>
 #include <strings.h>
+#include <vector>
 
 #include "edict.h"
 #include "eiface.h"
@@ -47,6 +48,15 @@ const WrapperRow kWrapperRows[WRAP_COUNT] = {
     {"tw__setang", "setang", false},
     {"tw__remove", "ent_remove", false},
 };
+
+// Every wrapper ever made: the engine's chain holds them for the whole process, also those whose pointer
+// a later Load forgot, so this list is never destroyed.
+template <class Wrapper>
+Wrapper* Keep(Wrapper* wrapper) {
+  static std::vector<ConCommand*>& made = *new std::vector<ConCommand*>;
+  made.push_back(wrapper);
+  return wrapper;
+}
 
 char* CopyText(const char* text) {
   const char* from = text ? text : "";
@@ -262,8 +272,9 @@ void MakeCommandWrappers() {
   for (int i = 0; i < WRAP_COUNT; ++i) {
     if (s_wrappers[i]) continue;
     const WrapperRow& row = kWrapperRows[i];
-    s_wrappers[i] = row.recordsWhatAppears ? new CGiveWrap(row.ownName, kInternalHelp, row.wrappedName)
-                                           : new CCmdWrap(row.ownName, kInternalHelp, row.wrappedName);
+    CCmdWrap* wrapper = row.recordsWhatAppears ? new CGiveWrap(row.ownName, kInternalHelp, row.wrappedName)
+                                               : new CCmdWrap(row.ownName, kInternalHelp, row.wrappedName);
+    s_wrappers[i] = Keep(wrapper);
   }
   DbgMsg(1, "[Tidewright] Wrapped useful commands.\n");
 }
@@ -272,14 +283,14 @@ void LookUpCheatsVar() { s_svCheats = FindServerVar("sv_cheats"); }
 
 void WrapSayCommands() {
   if (s_sayWrap || tidewright_chatevent.GetInt() <= 0) return;
-  s_sayWrap = new CSayWrap("say", "say messages", "say");
-  s_sayTeamWrap = new CSayWrap("say_team", "say team message", "say_team");
+  s_sayWrap = Keep(new CSayWrap("say", "say messages", "say"));
+  s_sayTeamWrap = Keep(new CSayWrap("say_team", "say team message", "say_team"));
   DbgMsg(1, "[Tidewright] ** Say commands wrapped.\n");
 }
 
 void WrapChangeLevel() {
   if (s_changeLevelWrap || tidewright_maphandler.GetInt() <= 0) return;
-  s_changeLevelWrap = new CChangeLevelWrap("changelevel", "proxy change level", "changelevel");
+  s_changeLevelWrap = Keep(new CChangeLevelWrap("changelevel", "proxy change level", "changelevel"));
   DbgMsg(1, "[Tidewright] ** Changelevel command wrapped.\n");
 }
 

@@ -139,11 +139,11 @@ TEST_F(WrappersTest, NamesAreMatchedWithTheirCase) {
 }
 
 TEST_F(WrappersTest, SayAndChangelevelWrappersStandInFrontOfTheEngines) {
-  for (CCmdWrap* wrapper : {static_cast<CCmdWrap*>(GetSayWrapper(false)), static_cast<CCmdWrap*>(GetSayWrapper(true))}) {
+  for (CSayWrap* wrapper : {GetSayWrapper(false), GetSayWrapper(true)}) {
     ASSERT_NE(wrapper, nullptr);
     EXPECT_EQ(FindCommand(wrapper->GetName()), wrapper);
     ASSERT_NE(wrapper->Wrapped(), nullptr);
-    EXPECT_NE(wrapper->Wrapped(), wrapper);
+    EXPECT_NE(static_cast<ConCommandBase*>(wrapper->Wrapped()), wrapper);
     EXPECT_STREQ(wrapper->Wrapped()->GetName(), wrapper->GetName());
   }
   EXPECT_STREQ(GetSayWrapper(true)->GetHelpText(), "say team message");
