@@ -146,7 +146,8 @@ TEST_F(LoopsTest, TheWordInIsRequired) {
 
 TEST_F(LoopsTest, MissingGroupsAndKeys) {
   MakeGroup();
-  EXPECT_EQ(Run("tw_xforeachkey k in nogroup echo"), "tw_xforeachkey\nERROR: Tidewright cannot find keygroup: nogroup!\n");
+  EXPECT_EQ(Run("tw_xforeachkey k in nogroup echo"),
+            "tw_xforeachkey\nERROR: Tidewright cannot find keygroup: nogroup!\n");
   EXPECT_EQ(LastError(), "Keygroup not found");
   EXPECT_EQ(Run("tw_foreachval v in g nokey echo"), "tw_foreachval\nERROR: Tidewright cannot find key: nokey!\n");
   EXPECT_EQ(LastError(), "Key not found");

@@ -45,24 +45,34 @@ TEST_F(PythonKeysTest, GetValueGivesTheTextWithoutAVariable) {
   EXPECT_EQ(Call("keygetvalue", {"players", "2", "kills"}), "0");
   Run("tw_xkeycreate free;tw_xkeysetvalue free v w");
   EXPECT_EQ(Call("keygetvalue", {"free", "v"}), "w");
+  OutputCapture capture;
   EXPECT_EQ(Call("keygetvalue", {"players", "99", "name"}), "None");
+  EXPECT_EQ(capture.Text(), "ERROR: Tidewright cannot find the 99 key!\n");
 }
 
 TEST_F(PythonKeysTest, TextsPastTheLimitAreRefused) {
   Run("tw_xkeycreate free");
   std::string longText(kMaxKeyText + 1, 'x');
+  OutputCapture capture;
   Call("keysetvalue", {"free", "v", longText.c_str()});
+  EXPECT_EQ(capture.Take(), "ERROR: Tidewright key names and values are limited to 1023 characters.\n");
   EXPECT_EQ(LastError(), "Invalid parameter");
   EXPECT_EQ(Ungrouped()->FindKey("free")->FindKey("v"), nullptr);
   Call("keysetvalue", {"free", "v", longText.c_str() + 1});
   EXPECT_EQ(strlen(Ungrouped()->FindKey("free")->GetString("v")), size_t(kMaxKeyText));
+  ClearLastError();
+  Call("keygroupcreate", {longText.c_str()});
+  EXPECT_EQ(LastError(), "Invalid parameter");
+  EXPECT_EQ(Names(Groups()), "");
 }
 
 TEST_F(PythonKeysTest, ALoopKeepsItemsWithBlanksWhole) {
   Run("tw_xkeygroupcreate g;tw_xkeycreate g a;tw_xkeycreate g b");
   EXPECT_EQ(Call("foreachkey", {"k", "in", "g", "tw echo key server_var(k)"}), "None");
   EXPECT_EQ(Settle(), "key a\nkey b\n");
+  OutputCapture capture;
   EXPECT_EQ(Call("foreachkey", {"k", "in", "g"}), "None");
+  EXPECT_EQ(capture.Text(), " Invalid syntax: tw_xforeachkey <var> in <groupname> <command>");
   EXPECT_EQ(LastError(), "Syntax error");
 }
 

@@ -130,19 +130,6 @@ TEST_F(StoreTest, CopyStandsBehindItsSourceAndOwnsItsKeys) {
   EXPECT_EQ(LastError(), "Key not found");
 }
 
-TEST_F(StoreTest, NamesLongerThanTheLimitAreRefused) {
-  std::string longName(kMaxKeyText + 1, 'n');
-  std::string out = Run("tw_xkeygroupcreate g;tw_xkeygrouprename g " + longName);
-  EXPECT_EQ(out, "");  // the console cuts tokens at the same limit
-  KeyValues* renamed = Groups()->GetFirstSubKey();
-  ASSERT_NE(renamed, nullptr);
-  EXPECT_EQ(strlen(renamed->GetName()), size_t(kMaxKeyText));
-  OutputCapture capture;
-  EXPECT_FALSE(KeyTextFits(longName.c_str()));
-  EXPECT_EQ(capture.Text(), "ERROR: Tidewright key names and values are limited to 1023 characters.\n");
-  EXPECT_EQ(LastError(), "Invalid parameter");
-}
-
 // ---- keygroup file paths ----
 
 std::string PathOf(int argc, const char* group, const char* where) {
@@ -204,7 +191,8 @@ TEST_F(StoreTest, SaveAndLoadUnderAnAddonFolder) {
 
 TEST_F(StoreTest, SaveIntoAMissingFolderFails) {
   Run("tw_xkeygroupcreate mf");
-  EXPECT_EQ(Run("tw_xkeygroupsave mf nosuchfolder"), "ERROR: Could not save keygroup file: cfg/nosuchfolder/tw_mf_db.txt!\n");
+  EXPECT_EQ(Run("tw_xkeygroupsave mf nosuchfolder"),
+            "ERROR: Could not save keygroup file: cfg/nosuchfolder/tw_mf_db.txt!\n");
   EXPECT_EQ(LastError(), "Keygroup could not be saved");
   EXPECT_EQ(Run("tw_xkeygroupsave absent"), "Tidewright couldn't find the user group absent\n");
   EXPECT_EQ(LastError(), "Key not found");
