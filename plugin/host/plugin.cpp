@@ -13,6 +13,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "iplayerinfo.h"
+#include "language/wrappers.h"
 #include "script/scriptfile.h"
 #include "vstdlib.h"
 
@@ -164,6 +165,9 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   RefreshCachedSwitches();
   DeclarePluginEvents();
   CreateUserTree();
+  ClearSayWrappers();
+  MakeCommandWrappers();
+  LookUpCheatsVar();
   QueueCommandLine();
   ProtectRconPassword();
   FreeClassNameTable();
@@ -189,6 +193,8 @@ void CTidewrightPlugin::LevelInit(const char* mapName) {
   RefreshCachedSwitches();
   g_levelFlag = 1;
   DbgMsg(0, "[Tidewright] Map Loading Brannock's Tidewright plugin...\n");
+  WrapSayCommands();
+  WrapChangeLevel();
   tidewright_currentmap.SetValue(TextOrEmpty(mapName));
   FireMapStart(TextOrEmpty(mapName));
   RebuildClassNameTable();
@@ -249,5 +255,3 @@ void CTidewrightPlugin::OnQueryCvarValueFinished(QueryCvarCookie_t, edict_t* edi
 // ---- game events and client commands ----
 
 void CTidewrightPlugin::FireGameEvent(IGameEvent*) {}
-
-PLUGIN_RESULT CTidewrightPlugin::ClientCommand(edict_t*) { return PLUGIN_CONTINUE; }
