@@ -1,0 +1,209 @@
+// The script pack registry: tidewright_register and tidewright_unregister, the list (tw_scriptpacklist),
+// and the two questions the event intake asks for every event, whether a pack answers it and which pack
+// files to run. A pack's file for an event is cfg/<subdirectory>/<pack>/<event>.cfg.
+#include "packs/scriptpacks.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+#include "KeyValues.h"
+#include "eiface.h"
+#include "events/intake.h"
+#include "events/plugin_events.h"
+#include "filesystem.h"
+#include "host/console.h"
+#include "host/diagnostics.h"
+#include "host/engine_surface.h"
+#include "language/doors.h"
+#include "vstdlib.h"
+
+namespace {
+
+// File names and the commands built from them.
+constexpr int kPathSize = 2048;
+constexpr const char* kRule = "------------------------------------------\n";
+
+// "ScriptPacks": one value per pack, 1 on and 0 off. Null until the first registration.
+KeyValues* s_packs = nullptr;
+
+// False when the text doesn't fit; what was written is then not to be used.
+bool Format(char (&out)[kPathSize], const char* format, ...) TW_PRINTF(2, 3);
+bool Format(char (&out)[kPathSize], const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  int n = vsnprintf(out, sizeof out, format, args);
+  va_end(args);
+  return n >= 0 && n < kPathSize;
+}
+
+// A pack by its whole name (ignoring case, as key names do). The name is one key even when it holds '/',
+// so a pack in a nested folder stays one value of the tree.
+KeyValues* FindPack(const char* name, bool create) {
+  KeyValues* pack = s_packs->FindKey(KeyValuesSystem()->GetSymbolForString(name));
+  if (!pack && create) pack = s_packs->CreateKey(name);
+  return pack;
+}
+
+int PackState(KeyValues* pack) { return pack->GetInt(nullptr, 0); }
+
+bool PackFile(char (&path)[kPathSize], KeyValues* pack, const char* event) {
+  return Format(path, "cfg/%s/%s/%s.cfg", tidewright_subdirectory.GetString(), pack->GetName(), event);
+}
+
+bool PackAnswers(KeyValues* pack, const char* event) {
+  char path[kPathSize];
+  return PackFile(path, pack, event) && filesystem->FileExists(path);
+}
+
+void QueuePackFile(KeyValues* pack, const char* event) {
+  char path[kPathSize];
+  if (!PackFile(path, pack, event)) return;
+  if (!filesystem->FileExists(path)) {
+    DbgMsg(1, "File doesn't exist: %s\n", path);
+    return;
+  }
+  const char* exec = tidewright_exec_cmd.GetString();
+  const char* subdirectory = tidewright_subdirectory.GetString();
+  char line[kPathSize];
+  if (!Format(line, "%s %s/%s/%s.cfg\n", exec, subdirectory, pack->GetName(), event)) return;
+  DbgMsg(2, "Sending %s command for %s/%s/%s.\n", exec, subdirectory, pack->GetName(), event);
+  engine->ServerCommand(line);
+}
+
+// The files of the enabled packs, in registration order.
+void QueuePackFiles(const char* event) {
+  DbgMsg(2, "Script pack registration scanning...\n");
+  for (KeyValues* pack = s_packs->GetFirstSubKey(); pack; pack = pack->GetNextKey()) {
+    const int state = PackState(pack);
+    DbgMsg(2, "ExecAllRegistered found value: %s with int: %d\n", pack->GetName(), state);
+    if (state > 0) {
+      DbgMsg(3, "ExecAllRegistered2 found value: %s with int: %d\n", pack->GetName(), state);
+      QueuePackFile(pack, event);
+    } else {
+      DbgMsg(3, "ExecAllRegistered3 found value: %s with int: %d\n", pack->GetName(), state);
+    }
+  }
+}
+
+bool EventNameMissing(const char* event, const char* lastError) {
+  if (event && event[0]) return false;
+  DbgMsg(0, "[Tidewright] Error, event string nonexistent.\n");
+  SetLastErrorText("%s", lastError);
+  return true;
+}
+
+// ---- the console commands ----
+
+// Each pack gets a server variable <pack>_dir with its folder relative to cfg, for its own files to use.
+bool SetPackDirectoryVar(const char* name) {
+  char line[kPathSize];
+  if (!Format(line, "setinfo %s_dir \"%s/%s/\"\n", name, tidewright_subdirectory.GetString(), name)) {
+    DbgMsg(0, "[Tidewright] Script pack name too long: %s\n", name);
+    SetLastErrorText("Resulting string too long.");
+    return false;
+  }
+  DbgMsg(1, "tidewright_register executing: %s\n", line);
+  ImmediateExecuteCommand(line);
+  return true;
+}
+
+void Register_f() {
+  if (engine->Cmd_Argc() < 2) {
+    ListScriptPacks(0);
+    return;
+  }
+  const char* name = engine->Cmd_Argv(1);
+  if (!SetPackDirectoryVar(name)) return;
+  if (!s_packs) s_packs = new KeyValues("ScriptPacks");
+  FindPack(name, true)->SetInt(nullptr, 1);
+  DbgMsg(0, "[Tidewright] Registered script pack: %s\n", engine->Cmd_Args());
+  FirePluginEvent("tw_scriptpack_register", [&](IGameEvent* event) { event->SetString("scriptpack", name); });
+}
+
+// The pack is named by the whole argument text. It hears its own unregister event before it goes off.
+void Unregister_f() {
+  if (engine->Cmd_Argc() < 2) {
+    ListScriptPacks(0);
+    return;
+  }
+  if (!s_packs) {
+    DbgMsg(0,
+           "[Tidewright] Internal Error: Couldn't unregister-- registration system is unavailable until you load "
+           "your first script pack with tidewright_register.\n");
+    SetLastErrorText("Internal error: registration system is unavailable.");
+    return;
+  }
+  const char* name = engine->Cmd_Args();
+  FirePluginEvent("tw_scriptpack_unregister", [&](IGameEvent* event) { event->SetString("scriptpack", name); });
+  FindPack(name, true)->SetInt(nullptr, 0);
+  DbgMsg(0, "[Tidewright] Unregistered script pack: %s\n", name);
+}
+
+void ScriptPackList_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  ListScriptPacks(args.Argc() > 1 ? atoi(args.Argv(1)) : 0);
+}
+
+const PlainCommandRow kPackConsoleCommands[] = {
+    {"tidewright_register", Register_f,
+     "Syntax : tidewright_register [subdirectory]\n  Registers a script pack subdirectory or, with no parameters, "
+     "lists all registered script packs.\n"},
+    {"tidewright_unregister", Unregister_f,
+     "Syntax : tidewright_unregister [subdirectory]\n  Unregisters/disables a script pack subdirectory, or, with no "
+     "parameters, lists all registered script packs.\n"},
+};
+const CommandTable s_packConsoleCommands(kPackConsoleCommands);
+
+const CommandRow kPackCommands[] = {
+    {"scriptpacklist", ScriptPackList_h, 1, "Syntax: %s [userid]\n",
+     "Lists the registered script packs with their state.", DOORS_ALL},
+};
+const CommandTable s_packCommands(kPackCommands);
+
+}  // namespace
+
+bool RegisteredScriptExists(const char* event) {
+  if (EventNameMissing(event, "Internal Error")) return false;
+  if (!s_packs) {
+    DbgMsg(6, "[Tidewright] Script Packs: No registration system available.\n");
+    return false;
+  }
+  DbgMsg(2, "Script pack registration scanning...\n");
+  for (KeyValues* pack = s_packs->GetFirstSubKey(); pack; pack = pack->GetNextKey()) {
+    DbgMsg(3, "RegisteredScriptExists found value: %s with int: %d\n", pack->GetName(), PackState(pack));
+    if (PackState(pack) > 0 && PackAnswers(pack, event)) return true;
+  }
+  return false;
+}
+
+void ExecAllRegistered(const char* event) {
+  if (EventNameMissing(event, "Internal error")) return;
+  if (s_packs) QueuePackFiles(event);
+  DbgMsg(2, "Checking all scripts...\n");
+  BeginAllScriptEvents(event);
+}
+
+void ListScriptPacks(int userid) {
+  if (userid >= 1) return;
+  DbgMsg(0, "\nTidewright Script packs:\n%s", kRule);
+  if (!s_packs) {
+    DbgMsg(1,
+           "[Tidewright] Error: No registration system available because you've never loaded a script pack. "
+           "(Script pack subsystem is deactivated until you register the first script pack with "
+           "tidewright_register.)\n");
+  } else {
+    DbgMsg(2, "Script pack registration scanning...\n");
+    int number = 0;
+    for (KeyValues* pack = s_packs->GetFirstSubKey(); pack; pack = pack->GetNextKey(), ++number) {
+      DbgMsg(2, "RegisteredScriptExists found value: %s with int: %d\n", pack->GetName(), PackState(pack));
+      DbgMsg(0, "%02d:   %s   \"%s\"\n", number, PackState(pack) > 0 ? "[on] " : "[off]", pack->GetName());
+    }
+  }
+  DbgMsg(0, "%s", kRule);
+}
+
+void DeleteScriptPackTree() {
+  if (s_packs) s_packs->deleteThis();
+  s_packs = nullptr;
+}
