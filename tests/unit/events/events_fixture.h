@@ -59,6 +59,7 @@ private:
     DeleteScriptPackTree();
     brannock_tidewright.SetValue(1);
     tidewright_noisy.SetValue(0);
+    tidewright_defaultevents.SetValue(1);
     tidewright_subdirectory.SetValue("");
     tidewright_exec_cmd.SetValue("exec");
     tidewright_lasterror.SetValue("");
