@@ -174,11 +174,12 @@ void CTidewrightPlugin::FireGameEvent(IGameEvent* event) {
 
 bool AnyScriptRegistered(const char* name) { return g_scriptMachine.registry.HasEvent(name); }
 
+// A text without a command (no enabled script has the section) isn't queued: it would run nothing.
 void BeginAllScriptEvents(const char* name) {
   DbgMsg(7, "BeginAllScriptEvents: %s\n", name);
   char* commands = g_scriptMachine.registry.BuildEventCommands(name);
   DbgMsg(7, "BeginAllScriptEvents: %s\n+%s", name, commands);
-  engine->ServerCommand(commands);
+  if (commands[0] != '\n') engine->ServerCommand(commands);
   free(commands);
 }
 
