@@ -3,7 +3,6 @@
 // so an event that fires inside a running block waits for the block.
 #include "events/intake.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <strings.h>
@@ -18,6 +17,7 @@
 #include "host/engine_surface.h"
 #include "host/plugin.h"
 #include "language/doors.h"
+#include "language/textbuf.h"
 #include "packs/scriptpacks.h"
 #include "script/machine.h"
 
@@ -25,8 +25,6 @@ namespace {
 
 using EventHandle = HandleTable<IGameEvent>::Handle;
 
-// Configuration file names and exec lines.
-constexpr int kPathSize = 2048;
 // "tw__ep " and a 64-bit handle in decimal.
 constexpr int kPopCommandSize = 48;
 
@@ -44,19 +42,19 @@ bool IsNoisy(const char* name) {
   return false;
 }
 
-// False, with nothing written that could be used, when the text doesn't fit.
-bool FormatPath(char (&out)[kPathSize], const char* format, ...) TW_PRINTF(2, 3);
-bool FormatPath(char (&out)[kPathSize], const char* format, ...) {
-  va_list args;
-  va_start(args, format);
-  int n = vsnprintf(out, sizeof out, format, args);
-  va_end(args);
-  return n >= 0 && n < kPathSize;
+// Names that don't fit a path or command are reported, and the file counts as absent.
+void ReportTooLong(const char* name) {
+  DbgMsg(0, "[Tidewright] The configuration file name of event %s is too long.\n", name);
 }
 
 bool EventConfigExists(const char* name) {
-  char path[kPathSize];
-  return FormatPath(path, "cfg/%s/%s.cfg", tidewright_subdirectory.GetString(), name) && filesystem->FileExists(path);
+  TextBuf path;
+  if (!path.Append("cfg/") || !path.Append(tidewright_subdirectory.GetString()) || !path.Append('/') ||
+      !path.Append(name) || !path.Append(".cfg")) {
+    ReportTooLong(name);
+    return false;
+  }
+  return filesystem->FileExists(path.c_str());
 }
 
 // ---- a wanted event ----
@@ -81,11 +79,15 @@ void QueuePop(EventHandle handle) {
 }
 
 void QueueEventConfig(const char* name) {
-  const char* subdirectory = tidewright_subdirectory.GetString();
-  char line[kPathSize];
-  if (!FormatPath(line, "%s %s/%s.cfg\n", tidewright_exec_cmd.GetString(), subdirectory, name)) return;
-  DbgMsg(2, "Sending %s command for %s.\n", tidewright_exec_cmd.GetString(), name);
-  engine->ServerCommand(line);
+  const char* exec = tidewright_exec_cmd.GetString();
+  TextBuf line;
+  if (!line.Append(exec) || !line.Append(' ') || !line.Append(tidewright_subdirectory.GetString()) ||
+      !line.Append('/') || !line.Append(name) || !line.Append(".cfg\n")) {
+    ReportTooLong(name);
+    return;
+  }
+  DbgMsg(2, "Sending %s command for %s.\n", exec, name);
+  engine->ServerCommand(line.c_str());
 }
 
 void QueueWantedEvent(IGameEvent* event, const char* name, bool hasConfig) {

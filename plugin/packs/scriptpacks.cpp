@@ -3,8 +3,6 @@
 // files to run. A pack's file for an event is cfg/<subdirectory>/<pack>/<event>.cfg.
 #include "packs/scriptpacks.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 
 #include "KeyValues.h"
@@ -16,26 +14,15 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "language/doors.h"
+#include "language/textbuf.h"
 #include "vstdlib.h"
 
 namespace {
 
-// File names and the commands built from them.
-constexpr int kPathSize = 2048;
 constexpr const char* kRule = "------------------------------------------\n";
 
 // "ScriptPacks": one value per pack, 1 on and 0 off. Null until the first registration.
 KeyValues* s_packs = nullptr;
-
-// False when the text doesn't fit; what was written is then not to be used.
-bool Format(char (&out)[kPathSize], const char* format, ...) TW_PRINTF(2, 3);
-bool Format(char (&out)[kPathSize], const char* format, ...) {
-  va_list args;
-  va_start(args, format);
-  int n = vsnprintf(out, sizeof out, format, args);
-  va_end(args);
-  return n >= 0 && n < kPathSize;
-}
 
 // A pack by its whole name (ignoring case, as key names do). The name is one key even when it holds '/',
 // so a pack in a nested folder stays one value of the tree.
@@ -47,28 +34,42 @@ KeyValues* FindPack(const char* name, bool create) {
 
 int PackState(KeyValues* pack) { return pack->GetInt(nullptr, 0); }
 
-bool PackFile(char (&path)[kPathSize], KeyValues* pack, const char* event) {
-  return Format(path, "cfg/%s/%s/%s.cfg", tidewright_subdirectory.GetString(), pack->GetName(), event);
+// Names that don't fit a path or command are reported, and the file counts as absent.
+void ReportTooLong(KeyValues* pack, const char* event) {
+  DbgMsg(0, "[Tidewright] The file name of script pack %s for event %s is too long.\n", pack->GetName(), event);
+}
+
+// cfg/<subdirectory>/<pack>/<event>.cfg
+bool PackFile(TextBuf& path, KeyValues* pack, const char* event) {
+  bool fits = path.Append("cfg/") && path.Append(tidewright_subdirectory.GetString()) && path.Append('/') &&
+              path.Append(pack->GetName()) && path.Append('/') && path.Append(event) && path.Append(".cfg");
+  if (!fits) ReportTooLong(pack, event);
+  return fits;
 }
 
 bool PackAnswers(KeyValues* pack, const char* event) {
-  char path[kPathSize];
-  return PackFile(path, pack, event) && filesystem->FileExists(path);
+  TextBuf path;
+  return PackFile(path, pack, event) && filesystem->FileExists(path.c_str());
 }
 
+// <exec> <subdirectory>/<pack>/<event>.cfg
 void QueuePackFile(KeyValues* pack, const char* event) {
-  char path[kPathSize];
+  TextBuf path;
   if (!PackFile(path, pack, event)) return;
-  if (!filesystem->FileExists(path)) {
-    DbgMsg(1, "File doesn't exist: %s\n", path);
+  if (!filesystem->FileExists(path.c_str())) {
+    DbgMsg(1, "File doesn't exist: %s\n", path.c_str());
     return;
   }
   const char* exec = tidewright_exec_cmd.GetString();
   const char* subdirectory = tidewright_subdirectory.GetString();
-  char line[kPathSize];
-  if (!Format(line, "%s %s/%s/%s.cfg\n", exec, subdirectory, pack->GetName(), event)) return;
+  TextBuf line;
+  if (!line.Append(exec) || !line.Append(' ') || !line.Append(subdirectory) || !line.Append('/') ||
+      !line.Append(pack->GetName()) || !line.Append('/') || !line.Append(event) || !line.Append(".cfg\n")) {
+    ReportTooLong(pack, event);
+    return;
+  }
   DbgMsg(2, "Sending %s command for %s/%s/%s.\n", exec, subdirectory, pack->GetName(), event);
-  engine->ServerCommand(line);
+  engine->ServerCommand(line.c_str());
 }
 
 // The files of the enabled packs, in registration order.
@@ -97,14 +98,16 @@ bool EventNameMissing(const char* event, const char* lastError) {
 
 // Each pack gets a server variable <pack>_dir with its folder relative to cfg, for its own files to use.
 bool SetPackDirectoryVar(const char* name) {
-  char line[kPathSize];
-  if (!Format(line, "setinfo %s_dir \"%s/%s/\"\n", name, tidewright_subdirectory.GetString(), name)) {
+  TextBuf line;
+  if (!line.Append("setinfo ") || !line.Append(name) || !line.Append("_dir \"") ||
+      !line.Append(tidewright_subdirectory.GetString()) || !line.Append('/') || !line.Append(name) ||
+      !line.Append("/\"\n")) {
     DbgMsg(0, "[Tidewright] Script pack name too long: %s\n", name);
     SetLastErrorText("Resulting string too long.");
     return false;
   }
-  DbgMsg(1, "tidewright_register executing: %s\n", line);
-  ImmediateExecuteCommand(line);
+  DbgMsg(1, "tidewright_register executing: %s\n", line.c_str());
+  ImmediateExecuteCommand(line.c_str());
   return true;
 }
 

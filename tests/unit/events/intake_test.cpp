@@ -117,6 +117,25 @@ TEST_F(IntakeTest, ExecCommandIsTheConfiguredOne) {
   EXPECT_EQ(commands[1], "myexec /player_spawn.cfg");
 }
 
+TEST_F(IntakeTest, OverlongConfigurationPathIsReportedAndCountsAsAbsent) {
+  tidewright_subdirectory.SetValue(std::string(2100, 'd').c_str());
+  OutputCapture out;
+  Fire("player_spawn");
+  EXPECT_EQ(out.Text(), "[Tidewright] The configuration file name of event player_spawn is too long.\n");
+  EXPECT_TRUE(Standin().Cbuf().IsEmpty());
+}
+
+TEST_F(IntakeTest, OverlongExecLineIsReportedAndNotQueued) {
+  WriteTestFile("cfg/player_spawn.cfg", "echo never run\n");
+  tidewright_exec_cmd.SetValue(std::string(2100, 'x').c_str());
+  OutputCapture out;
+  Fire("player_spawn");
+  EXPECT_EQ(out.Text(), "[Tidewright] The configuration file name of event player_spawn is too long.\n");
+  std::vector<std::string> commands = TakeCommands();
+  ASSERT_EQ(commands.size(), 1u);
+  EXPECT_EQ(commands[0].rfind("tw__ep ", 0), 0u);
+}
+
 // ---- what a wanted event queues ----
 
 TEST_F(IntakeTest, WantedEventQueuesItsPopThenTheScriptsOnly) {

@@ -142,6 +142,16 @@ TEST_F(PackTest, PackFilesFollowTheSubdirectoryAndExecCommand) {
   EXPECT_EQ(commands[1], "packexec packs/sub/player_spawn.cfg");
 }
 
+TEST_F(PackTest, OverlongPackFileNameIsReportedAndCountsAsAbsent) {
+  Run("tidewright_register wide");
+  tidewright_subdirectory.SetValue(std::string(2100, 'w').c_str());
+  OutputCapture out;
+  Fire("player_spawn");
+  EXPECT_TRUE(out.Contains("[Tidewright] The file name of script pack wide for event player_spawn is too long.\n"))
+      << out.Text();
+  EXPECT_EQ(QueuedEventCount(), 0u);
+}
+
 TEST_F(PackTest, MissingPackFileIsToldAtLevelOne) {
   Load("listener", "event player_spawn\n{\n}\n");
   Run("tidewright_register hollow");
