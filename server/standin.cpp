@@ -101,6 +101,8 @@ void CStandIn::LoadPlugin(CreateInterfaceFn factory, const char* name) {
     return;
   }
   m_plugin = plugin;
+  // Until a client types something, every command comes from the server itself.
+  m_plugin->SetCommandClient(-1);
 }
 
 void CStandIn::Shutdown() {

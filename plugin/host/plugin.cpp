@@ -16,6 +16,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "iplayerinfo.h"
+#include "language/wrappers.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
 #include "vstdlib.h"
@@ -172,6 +173,9 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   DeclarePluginEvents();
   ListenToDefaultEvents();
   CreateUserTree();
+  ClearSayWrappers();
+  MakeCommandWrappers();
+  LookUpCheatsVar();
   QueueCommandLine();
   ProtectRconPassword();
   FreeClassNameTable();
@@ -201,6 +205,8 @@ void CTidewrightPlugin::LevelInit(const char* mapName) {
   RefreshCachedSwitches();
   g_levelFlag = 1;
   DbgMsg(0, "[Tidewright] Map Loading Brannock's Tidewright plugin...\n");
+  WrapSayCommands();
+  WrapChangeLevel();
   tidewright_currentmap.SetValue(TextOrEmpty(mapName));
   ListenToDefaultEvents();
   RunServerEvent();
@@ -260,6 +266,3 @@ void CTidewrightPlugin::OnQueryCvarValueFinished(QueryCvarCookie_t, edict_t* edi
   });
 }
 
-// ---- client commands ----
-
-PLUGIN_RESULT CTidewrightPlugin::ClientCommand(edict_t*) { return PLUGIN_CONTINUE; }

@@ -140,12 +140,19 @@ bool CSimWorld::AdmitClient(CClient& client) {
   return false;
 }
 
-void CSimWorld::EnterGame(CClient& client) {
+// Putting a client in the game, in the engine's order. A new connection has its network id validated
+// between ClientPutInServer and ClientActive; a client re-entering after a level change has it already.
+void CSimWorld::EnterGame(CClient& client, bool validate) {
   edict_t* edict = &m_edicts[size_t(client.slot)];
+  int userid = client.userid;
   if (IServerPluginCallbacks* plugin = Plugin()) plugin->ClientPutInServer(edict, client.name.c_str());
-  if (!ClientByUserid(client.userid)) return;
+  if (validate && ClientByUserid(userid)) {
+    if (IServerPluginCallbacks* plugin = Plugin())
+      plugin->NetworkIDValidated(client.name.c_str(), client.networkId.c_str());
+  }
+  if (!ClientByUserid(userid)) return;
   if (IServerPluginCallbacks* plugin = Plugin()) plugin->ClientActive(edict);
-  FireEvent("player_activate", [&](IGameEvent& e) { e.SetInt("userid", client.userid); });
+  FireEvent("player_activate", [&](IGameEvent& e) { e.SetInt("userid", userid); });
 }
 
 CClient* CSimWorld::Connect(const char* name, const char* networkId, bool fake) {
@@ -163,9 +170,7 @@ CClient* CSimWorld::Connect(const char* name, const char* networkId, bool fake) 
     e.SetString("networkid", client->networkId.c_str());
     e.SetString("address", client->address.c_str());
   });
-  if (IServerPluginCallbacks* plugin = Plugin())
-    plugin->NetworkIDValidated(client->name.c_str(), client->networkId.c_str());
-  EnterGame(*client);
+  EnterGame(*client, true);
   return ClientByUserid(userid);
 }
 
@@ -173,7 +178,7 @@ void CSimWorld::ReenterClients() {
   std::vector<int> userids;
   userids.swap(m_reentering);
   for (int userid : userids)
-    if (CClient* client = ClientByUserid(userid)) EnterGame(*client);
+    if (CClient* client = ClientByUserid(userid)) EnterGame(*client, false);
 }
 
 void CSimWorld::Disconnect(CClient& client, const char* reason) {

@@ -161,7 +161,7 @@ private:
   void ReenterClients();
   CClient* NewClient(const char* name, const char* networkId, bool fake);
   bool AdmitClient(CClient& client);
-  void EnterGame(CClient& client);
+  void EnterGame(CClient& client, bool validate);
 
   WorldSetup m_setup{};
   std::vector<edict_t> m_edicts;

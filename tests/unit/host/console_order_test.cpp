@@ -140,6 +140,10 @@ TEST_F(ConsoleOrderTest, LevelInitReordersOnlyWhenEifaceIsExactlyOne) {
   cvar = &chain;
   Build({"h", "x", "tw__ip"});
   VarRestorer restore(tidewright_eiface);
+  // The chain has no say or changelevel for LevelInit to wrap.
+  VarRestorer restoreChat(tidewright_chatevent), restoreMapHandler(tidewright_maphandler);
+  tidewright_chatevent.SetValue(0);
+  tidewright_maphandler.SetValue(0);
   OutputCapture quiet;
   tidewright_eiface.SetValue(2);
   g_TidewrightPlugin.LevelInit("m");

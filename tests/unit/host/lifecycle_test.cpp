@@ -16,6 +16,9 @@ protected:
   void SetUp() override {
     world = &ConnectFakeWorld();
     world->Reset();
+    // The fake game has no say or changelevel for LevelInit to wrap.
+    tidewright_chatevent.SetValue(0);
+    tidewright_maphandler.SetValue(0);
     OutputCapture quiet;
     ASSERT_TRUE(g_TidewrightPlugin.Load(&FakeWorld::EngineFactory, &FakeWorld::GameFactory));
     world->events.fired.clear();
@@ -31,6 +34,8 @@ protected:
   VarRestorer restoreFrameCheck{tidewright_frametimecheck};
   VarRestorer restoreMaster{brannock_tidewright};
   VarRestorer restoreMap{tidewright_currentmap};
+  VarRestorer restoreChat{tidewright_chatevent};
+  VarRestorer restoreMapHandler{tidewright_maphandler};
 };
 
 // ---- LevelInit ----

@@ -10,7 +10,7 @@ namespace {
 TEST_F(WorldTest, ConnectingRunsTheCallbacksInOrderWithinTheLine) {
   std::string out = server.Run("sim_watch player_connect player_activate\nsim_connect Alice STEAM_0:1:42");
   EXPECT_EQ(Plugin().Take(),
-            "ClientConnect Alice @1\nNetworkIDValidated Alice STEAM_0:1:42\nClientPutInServer Alice @1\n"
+            "ClientConnect Alice @1\nClientPutInServer Alice @1\nNetworkIDValidated Alice STEAM_0:1:42\n"
             "ClientActive @1\n");
   EXPECT_NE(out.find("event player_connect: name=Alice index=0 userid=2 networkid=STEAM_0:1:42 "
                      "address=127.0.0.1:27007\nevent player_activate: userid=2\n"),
