@@ -11,7 +11,6 @@
 #include "eiface.h"
 #include "events/current_event.h"
 #include "filesystem.h"
-#include "tier1/handletable.h"
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
@@ -20,6 +19,7 @@
 #include "language/textbuf.h"
 #include "packs/scriptpacks.h"
 #include "script/machine.h"
+#include "tier1/handletable.h"
 
 namespace {
 

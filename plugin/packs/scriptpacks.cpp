@@ -26,10 +26,9 @@ KeyValues* s_packs = nullptr;
 
 // A pack by its whole name (ignoring case, as key names do). The name is one key even when it holds '/',
 // so a pack in a nested folder stays one value of the tree.
-KeyValues* FindPack(const char* name, bool create) {
+KeyValues* FindOrAddPack(const char* name) {
   KeyValues* pack = s_packs->FindKey(KeyValuesSystem()->GetSymbolForString(name));
-  if (!pack && create) pack = s_packs->CreateKey(name);
-  return pack;
+  return pack ? pack : s_packs->CreateKey(name);
 }
 
 int PackState(KeyValues* pack) { return pack->GetInt(nullptr, 0); }
@@ -119,7 +118,7 @@ void Register_f() {
   const char* name = engine->Cmd_Argv(1);
   if (!SetPackDirectoryVar(name)) return;
   if (!s_packs) s_packs = new KeyValues("ScriptPacks");
-  FindPack(name, true)->SetInt(nullptr, 1);
+  FindOrAddPack(name)->SetInt(nullptr, 1);
   DbgMsg(0, "[Tidewright] Registered script pack: %s\n", engine->Cmd_Args());
   FirePluginEvent("tw_scriptpack_register", [&](IGameEvent* event) { event->SetString("scriptpack", name); });
 }
@@ -139,7 +138,7 @@ void Unregister_f() {
   }
   const char* name = engine->Cmd_Args();
   FirePluginEvent("tw_scriptpack_unregister", [&](IGameEvent* event) { event->SetString("scriptpack", name); });
-  FindPack(name, true)->SetInt(nullptr, 0);
+  FindOrAddPack(name)->SetInt(nullptr, 0);
   DbgMsg(0, "[Tidewright] Unregistered script pack: %s\n", name);
 }
 
