@@ -9,11 +9,15 @@
 #include "KeyValues.h"
 #include "convar.h"
 #include "edict.h"
+#include "events/declarations.h"
+#include "events/intake.h"
+#include "events/plugin_events.h"
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "iplayerinfo.h"
 #include "language/wrappers.h"
+#include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
 #include "vstdlib.h"
 
@@ -32,16 +36,6 @@ constexpr int kMaxCommandLine = 2048;
 constexpr float kLongFrameSeconds = 0.01f;
 constexpr const char* kPluginEventsFile = "addons/brannock_tidewright.res";
 constexpr const char* kAddonSubdirectory = "/addons/tidewright";
-
-// The plugin's own events: created unforced, filled and fired. One that isn't declared is dropped silently.
-template <class Fill>
-void FirePluginEvent(const char* name, Fill fill) {
-  if (!gameeventmanager) return;
-  IGameEvent* event = gameeventmanager->CreateEvent(name, false);
-  if (!event) return;
-  fill(event);
-  gameeventmanager->FireEvent(event, false);
-}
 
 const char* TextOrEmpty(const char* text) { return text ? text : ""; }
 
@@ -79,6 +73,11 @@ void RefreshCachedSwitches() {
 
 // Declared to the engine unconditionally, so that the plugin's own events can always be created.
 void DeclarePluginEvents() { gameeventmanager->LoadEventsFromFile(kPluginEventsFile); }
+
+// Registering the default files is what makes the plugin a listener; LevelShutdown dropped every listener.
+void ListenToDefaultEvents() {
+  if (tidewright_defaultevents.GetInt() != 0) RegisterDefaultEvents();
+}
 
 void CreateUserTree() {
   if (g_userTree) return;
@@ -118,6 +117,14 @@ void FreeClassNameTable() {
 
 // ---- steps of LevelInit ----
 
+// The pseudo event "server": each enabled script pack's server.cfg, then the scripts' server sections. It
+// has no event of its own, so its blocks see whatever event is current.
+void RunServerEvent() {
+  if (g_cached.brannock == 0) return;
+  DbgMsg(1, "[Tidewright] Executing all registered server.cfgs.\n");
+  ExecAllRegistered("server");
+}
+
 void FireMapStart(const char* mapName) {
   FirePluginEvent("tw_map_start", [&](IGameEvent* event) { event->SetString("mapname", mapName); });
 }
@@ -153,7 +160,7 @@ void RebuildClassNameTable() {
 // ---- the plugin object ----
 
 CTidewrightPlugin::CTidewrightPlugin() = default;
-CTidewrightPlugin::~CTidewrightPlugin() = default;
+CTidewrightPlugin::~CTidewrightPlugin() { DeleteScriptPackTree(); }
 
 bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterfaceFn gameServerFactory) {
   DbgMsg(0, "[Tidewright] Initial Loading of Brannock's Tidewright plugin...\n");
@@ -164,6 +171,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   StoreDirectories();
   RefreshCachedSwitches();
   DeclarePluginEvents();
+  ListenToDefaultEvents();
   CreateUserTree();
   ClearSayWrappers();
   MakeCommandWrappers();
@@ -178,8 +186,12 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   return true;
 }
 
+// The events the plugin holds go back to the manager; nothing else is released.
 void CTidewrightPlugin::Unload() {
-  if (gameeventmanager) gameeventmanager->RemoveListener(this);
+  if (!gameeventmanager) return;
+  gameeventmanager->RemoveListener(this);
+  ReleaseEvents();
+  ReleasePendingEvent();
 }
 
 void CTidewrightPlugin::Pause() {}
@@ -196,6 +208,8 @@ void CTidewrightPlugin::LevelInit(const char* mapName) {
   WrapSayCommands();
   WrapChangeLevel();
   tidewright_currentmap.SetValue(TextOrEmpty(mapName));
+  ListenToDefaultEvents();
+  RunServerEvent();
   FireMapStart(TextOrEmpty(mapName));
   RebuildClassNameTable();
   if (g_cached.eiface == 1) ReorderConsoleChain();
@@ -252,6 +266,3 @@ void CTidewrightPlugin::OnQueryCvarValueFinished(QueryCvarCookie_t, edict_t* edi
   });
 }
 
-// ---- game events and client commands ----
-
-void CTidewrightPlugin::FireGameEvent(IGameEvent*) {}

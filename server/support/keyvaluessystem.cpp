@@ -54,7 +54,9 @@ private:
 
 }  // namespace
 
+// Never destroyed, as the engine's lives as long as the process: trees that static objects own (the
+// plugin's script pack tree) are deleted during static destruction, after this object's turn would come.
 IKeyValuesSystem* KeyValuesSystem() {
-  static CKeyValuesSystem system;
-  return &system;
+  static auto* system = new CKeyValuesSystem;
+  return system;
 }

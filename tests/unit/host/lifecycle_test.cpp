@@ -40,7 +40,10 @@ protected:
 
 // ---- LevelInit ----
 
+// Without event files in the fake file system, the default events would add their reports.
 TEST_F(LifecycleTest, LevelInitStoresTheMapAndSetsTheLevelFlag) {
+  VarRestorer restore(tidewright_defaultevents);
+  tidewright_defaultevents.SetValue(0);
   OutputCapture out;
   g_TidewrightPlugin.LevelInit("de_harbour");
   EXPECT_STREQ(tidewright_currentmap.GetString(), "de_harbour");

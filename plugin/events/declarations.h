@@ -1,0 +1,15 @@
+// Event declarations: reading event resource files and listening to every event they name, the default
+// files registered at load and at each map, tw_loadevents, and tw_event with the one event it builds.
+#pragma once
+
+class IGameEvent;
+
+// Listens to each event that the file's top section names; false (with the messages) when it can't be read.
+bool LoadEventFile(const char* path);
+// The game's, the engine's and the plugin's event files.
+void RegisterDefaultEvents();
+
+// The event that tw_event is building, or null.
+IGameEvent* PendingEvent();
+// Gives the pending event back to the game event manager (at Unload).
+void ReleasePendingEvent();

@@ -1,0 +1,57 @@
+// The keygroup store: the groups of the user tree as every part reaches them, and the helpers that the
+// keygroup commands share (the tree test, the optional-group rule, removal, keygroup files).
+// The commands themselves live in keygroups.cpp, keycommands.cpp and keyloops.cpp.
+#pragma once
+
+#include <cstddef>
+
+class KeyValues;
+
+// Longest keygroup file path, and the longest key name, value name or value text a command stores.
+inline constexpr int kMaxKeyGroupPath = 259;
+inline constexpr int kMaxKeyText = 1023;
+
+// "UserGroups" of the user tree. Null, after the report, when the tree isn't made yet (last error
+// "Keys not ready yet") or holds no "UserGroups".
+KeyValues* FindUserGroups();
+
+// The group `name` under "UserGroups", made when `create` is true. A name with '/' is a path and makes
+// nested nodes. Null when the tree or "UserGroups" is missing (reported as FindUserGroups does), when no
+// such group exists, or when the name names "UserGroups" itself (an empty name).
+KeyValues* FindGroup(const char* name, bool create);
+
+// ---- shared by the keygroup commands ----
+
+// True when the user tree exists; otherwise reports it and sets the last error to `lastError`.
+bool KeysReady(const char* lastError);
+
+// The parent of a key command by the optional-group rule: the group `groupName` when `grouped`, else
+// "Ungrouped". Null, after "ERROR: Tidewright cannot find the %s group!\n" and `missingError`, when the group
+// is missing.
+KeyValues* KeyParent(bool grouped, const char* groupName, const char* missingError);
+
+// container->FindKey(name, create), except that a name naming the container itself (an empty one) names
+// nothing.
+KeyValues* FindChildKey(KeyValues* container, const char* name, bool create = false);
+
+// The node that `path` names below `container`, and in `holder` the node in whose child list it stands, so
+// that a path like "a/b" can be unlinked where it really is. Null when nothing (or the container) is named.
+KeyValues* FindKeyAndHolder(KeyValues* container, const char* path, KeyValues*& holder);
+
+// Unlinks `node` from the list of `holder` and destroys it with everything below it.
+void DestroyChild(KeyValues* holder, KeyValues* node);
+
+// False, after a report and the last error "Invalid parameter", when a name or value a command is about to
+// store is longer than kMaxKeyText.
+bool KeyTextFits(const char* text);
+
+// The file of a keygroup, "%s/%s/tw_%s_db.txt", by the form of the command's arguments: with `argc` 3 a
+// `where` beginning with '|' names a folder under "addons/tidewright", any other `where` one under
+// tidewright_datadirectory; with any other count the file is in tidewright_datadirectory/
+// tidewright_subdirectory. False when the path would pass kMaxKeyGroupPath (the path is then cut).
+bool KeyGroupFilePath(char* path, size_t size, int argc, const char* group, const char* where);
+
+// Loads a keygroup file into `group`. The first section renames the group and adds its keys behind those
+// that exist; every further section or #include'd tree becomes a group of its own, standing directly after
+// `group` and before the groups that followed it. False when the file can't be opened.
+bool LoadKeyGroup(KeyValues* group, const char* path);
