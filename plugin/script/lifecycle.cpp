@@ -3,10 +3,15 @@
 // the script's own block, because both are inserted at the buffer's head, the block in front.
 #include "script/lifecycle.h"
 
+#include <strings.h>
+
+#include "KeyValues.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
+#include "keygroups/keygroups.h"
 #include "language/doors.h"
 #include "language/textbuf.h"
+#include "python/resultslot.h"
 #include "script/machine.h"
 
 void RemoveAddon(const char* name) {
@@ -98,6 +103,52 @@ void DisableNow_h(bool expand, bool fromConsole) {
   if (args.Argc() > 1) g_scriptMachine.registry.SetScriptEnabled(args.Args(), false);
 }
 
+// ---- the script list as a keygroup ----
+
+void AddListedScript(KeyValues* group, PyObject* dict, const CScript* script) {
+  const char* status = script->enabled ? "enabled" : "disabled";
+  if (group) {
+    // A name with '/' is a key path, so that the key commands read it back by the script's name.
+    KeyValues* key = FindChildKey(group, script->name, true);
+    if (!key) return;
+    key->SetString("status", status);
+    key->SetString("type", "txt");
+    return;
+  }
+  PyObject* entry = Py_BuildValue("{s:s,s:s}", "status", status, "type", "txt");
+  PyDict_SetItemString(dict, script->name, entry);
+  Py_DECREF(entry);
+}
+
+// At the console doors the list goes into the keygroup Argv(1), from Python into a dictionary; both hold only
+// the script named, when a name is given.
+void CreateScriptList_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  const int nameIndex = fromConsole ? 2 : 1;
+  if ((fromConsole ? args.Argc() : args.Argc() + 1) <= 1) return;
+  KeyValues* group = nullptr;
+  PyObject* dict = nullptr;
+  if (fromConsole) {
+    group = FindGroup(args.Argv(1), true);
+    if (!group) {
+      ReportScriptError(0, "ERROR: Tidewright couldn't create the user group.\n");
+      return;
+    }
+  } else {
+    dict = PyDict_New();
+    if (!dict) return;
+  }
+  const bool named = args.Argc() > nameIndex;
+  int listed = 0;
+  for (const CScript* script = g_scriptMachine.registry.FirstScript(); script; script = script->next) {
+    if (named && strcasecmp(args.Argv(nameIndex), script->name) != 0) continue;
+    AddListedScript(group, dict, script);
+    DbgMsg(1, "createscriptlist, listing done: %d\n", ++listed);
+    if (named) break;
+  }
+  if (dict) SetResult(dict);
+}
+
 const CommandRow kLifecycleCommands[] = {
     {"load", Load_h, 1, "Syntax: %s [scriptname]\n", "Loads a script; without a name, lists the loaded scripts.",
      DOORS_ALL},
@@ -113,6 +164,8 @@ const CommandRow kLifecycleCommands[] = {
      "Runs a script's disable block, then keeps its events from running.", DOORS_ALL},
     {"_disable", DisableNow_h, 2, "Syntax: %s <scriptname>\n",
      "Tidewright internal command: keeps a script's events from running.", DOORS_ALL},
+    {"createscriptlist", CreateScriptList_h, 1, "Syntax: %s <keygroup> [scriptname]\n",
+     "Lists the loaded scripts with their state in a keygroup, or only the one script named.", DOORS_ALL},
 };
 const CommandTable s_lifecycleCommands(kLifecycleCommands);
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "keygroups/keygroups.h"
 #include "python/methodtable.h"
 #include "script_fixture.h"
 
@@ -28,7 +29,7 @@ struct Ref {
 };
 
 class LifecyclePythonTest : public ScriptTest {
-protected:
+ protected:
   static void SetUpTestSuite() {
     if (!Py_IsInitialized()) Py_Initialize();
   }
@@ -80,6 +81,30 @@ TEST_F(LifecyclePythonTest, DisableAndEnableRunTheirBlocks) {
   EXPECT_FALSE(g_scriptMachine.registry.FindScript("foo")->enabled);
   EXPECT_EQ(CallForOutput("enable", name), "Enabling foo...\nenable block\n");
   EXPECT_TRUE(g_scriptMachine.registry.FindScript("foo")->enabled);
+}
+
+// The dictionary's repr, which lists the entries in insertion order.
+std::string Repr(PyObject* object) {
+  if (!object) return "<null>";
+  Ref text(PyObject_Repr(object));
+  return text.object ? PyUnicode_AsUTF8(text) : "<no repr>";
+}
+
+TEST_F(LifecyclePythonTest, ScriptListIsADictionary) {
+  Load("py_alpha", "");
+  Load("py_beta", "");
+  Run("tw_xdisable py_beta");
+  Ref none(PyTuple_New(0));
+  Ref all(Call("createscriptlist", none));
+  EXPECT_EQ(Repr(all),
+            "{'py_alpha': {'status': 'enabled', 'type': 'txt'}, 'py_beta': {'status': 'disabled', 'type': 'txt'}}");
+  Ref name(Py_BuildValue("(s)", "PY_BETA"));
+  Ref one(Call("createscriptlist", name));
+  EXPECT_EQ(Repr(one), "{'py_beta': {'status': 'disabled', 'type': 'txt'}}");
+  Ref ghost(Py_BuildValue("(s)", "ghost"));
+  Ref empty(Call("createscriptlist", ghost));
+  EXPECT_EQ(Repr(empty), "{}");
+  EXPECT_EQ(FindGroup("PY_BETA", false), nullptr);
 }
 
 }  // namespace
