@@ -29,7 +29,7 @@ struct Ref {
 };
 
 class LifecyclePythonTest : public ScriptTest {
- protected:
+protected:
   static void SetUpTestSuite() {
     if (!Py_IsInitialized()) Py_Initialize();
   }

@@ -12,7 +12,7 @@
 namespace {
 
 class ScriptListTest : public ScriptTest {
- protected:
+protected:
   void TearDown() override {
     KeyValues* groups = g_userTree->FindKey("UserGroups");
     while (KeyValues* group = groups->GetFirstSubKey()) {
