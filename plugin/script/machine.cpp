@@ -55,6 +55,8 @@ CScriptMachine::CScriptMachine() : blockArgs(new CommandArgs) {
   ifResultStack.reserve(kByteStackStart);
   ownsStack.reserve(kByteStackStart);
   argsStack.reserve(kPointerStackStart);
+  startingBlocks.reserve(kPointerStackStart);
+  frameBlocks.reserve(kPointerStackStart);
 }
 
 CScriptMachine::~CScriptMachine() {
@@ -74,6 +76,7 @@ bool CScriptMachine::ExecBlock(const char* name, Instruction& instruction, const
   DbgMsg(6, "ExecBlock discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
          static_cast<unsigned long long>(instruction.next ? instruction.next->handle : 0), instruction.cmd);
   if (args) PushArgs(args);
+  startingBlocks.push_back(block->handle);
   return true;
 }
 
@@ -85,6 +88,7 @@ bool CScriptMachine::ExecEvent(BlockHandle handle, Instruction& instruction) {
   DbgMsg(7, "ExecEventpCode->GetNextLine\n");
   DbgMsg(7, "ExecEventpCode->GetLineNumberStrin\n");
   FillInstruction(block, instruction);
+  startingBlocks.push_back(block->handle);
   DbgMsg(6, "ExecEvent discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
          static_cast<unsigned long long>(instruction.next ? instruction.next->handle : 0), instruction.cmd);
   return true;
@@ -98,7 +102,8 @@ void CScriptMachine::PushArgs(const char* args) {
   argsPending = 1;
 }
 
-void CScriptMachine::StartBlock() {
+void CScriptMachine::StartBlock(BlockHandle block) {
+  frameBlocks.push_back(block);
   ifResultStack.push_back(lastIfResult);
   if (argsPending) {
     argsPending = 0;  // PushArgs has saved the owner flag already
@@ -109,6 +114,7 @@ void CScriptMachine::StartBlock() {
 }
 
 void CScriptMachine::EndBlock() {
+  if (!frameBlocks.empty()) frameBlocks.pop_back();
   PopInto(ifResultStack, lastIfResult);
   if (blockOwnsArgs) {
     delete blockArgs;
@@ -116,6 +122,17 @@ void CScriptMachine::EndBlock() {
     PopInto(argsStack, blockArgs);
   }
   PopInto(ownsStack, blockOwnsArgs);
+}
+
+BlockHandle CScriptMachine::TakeStartingBlock() {
+  if (startingBlocks.empty()) return 0;
+  BlockHandle block = startingBlocks.back();
+  startingBlocks.pop_back();
+  return block;
+}
+
+void CScriptMachine::CloseDeadFrames() {
+  while (!frameBlocks.empty() && frameBlocks.back() != 0 && !g_blockHandles.Get(frameBlocks.back())) EndBlock();
 }
 
 // ---- running blocks ----
@@ -160,6 +177,7 @@ void InstructionPointer_f() {
   ip.next = nullptr;
   LineHandle handle = strtoull(engine->Cmd_Args(), nullptr, 10);
   if (!ExecNextInstruction(handle, ip)) {
+    if (!g_lineHandles.Get(handle)) g_scriptMachine.CloseDeadFrames();
     ClearInstruction();
     return;
   }
@@ -194,7 +212,7 @@ void DoEvent_f() {
 }
 
 void StartBlock_f() {
-  g_scriptMachine.StartBlock();
+  g_scriptMachine.StartBlock(g_scriptMachine.TakeStartingBlock());
   DbgMsg(4, "tw__startblock %s\n", engine->Cmd_Args());
 }
 

@@ -21,10 +21,17 @@ public:
   // The same for a block named by handle, without arguments and without refusal.
   bool ExecEvent(BlockHandle handle, Instruction& instruction);
 
-  // Block frames: tw__sb and tw__eb bracket every block's run.
+  // Block frames: tw__sb and tw__eb bracket every block's run. `block` is the block whose frame opens, 0
+  // when unknown (a Python block).
   void PushArgs(const char* args);
-  void StartBlock();
+  void StartBlock(BlockHandle block = 0);
   void EndBlock();
+  // The block of the next tw__sb to run: the last block that ExecBlock or ExecEvent prepared, since the
+  // buffer runs the first lines of prepared blocks in the reverse order of their preparation.
+  BlockHandle TakeStartingBlock();
+  // Closes the frames on top whose blocks are gone. A block that unloads its own script never reaches its
+  // tw__eb; the tw__ip that finds its next line gone closes the frame instead.
+  void CloseDeadFrames();
 
   unsigned char lastIfResult = 0;
   unsigned char skipNextBlock = 0;
@@ -35,6 +42,8 @@ public:
   std::vector<unsigned char> ifResultStack;
   std::vector<CommandArgs*> argsStack;
   std::vector<unsigned char> ownsStack;
+  std::vector<BlockHandle> startingBlocks;
+  std::vector<BlockHandle> frameBlocks;
   CScriptRegistry registry;
 };
 
