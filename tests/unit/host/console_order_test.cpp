@@ -1,14 +1,11 @@
 // Reordering the engine's console chain: the busiest commands move behind the head in table order; a head
 // match stays, names nobody bears still advance the walk, variables never move, and a second run is a no-op.
-#include <gtest/gtest.h>
-
 #include <memory>
+#include <utility>
 #include <string>
 #include <vector>
 
-#include "host/plugin.h"
-#include "host_fakes.h"
-#include "output_capture.h"
+#include "host_fixture.h"
 
 namespace {
 
@@ -23,134 +20,102 @@ const std::vector<std::string> kTable = {
     "tw_xsetplayerprop", "tw_xcreateentitylist", "tw_xcreateplayerlist",
 };
 
-// A chain of its own, built of objects that register into it; the process-wide chain is left alone.
-class ConsoleOrderTest : public ::testing::Test {
-protected:
-  void SetUp() override {
-    ConnectFakeWorld();
-    cvar = &chain;
-  }
-  void TearDown() override { cvar = &FakeWorld::instance().cvar; }
+using Names = std::vector<std::string>;
 
-  // Builds the chain in the given order; a name starting with '$' is a variable of the rest of the name.
-  void Build(const std::vector<std::string>& names) {
+// Chains of their own, built of objects that register into them; the shared server's chain is left alone.
+class ConsoleOrderTest : public HostTest {
+protected:
+  void TearDown() override { cvar = &Standin().Console(); }
+
+  // Makes a fresh chain of the names in the given order, current from now on; a name starting with '$' is a
+  // variable of the rest of the name.
+  void Build(const Names& names) {
+    m_chains.push_back(std::make_unique<CCvar>());
+    cvar = m_chains.back().get();
     for (auto it = names.rbegin(); it != names.rend(); ++it) {
-      m_names.push_back(std::make_unique<std::string>(it->substr((*it)[0] == '$' ? 1 : 0)));
+      bool variable = (*it)[0] == '$';
+      m_names.push_back(std::make_unique<std::string>(it->substr(variable ? 1 : 0)));
       const char* name = m_names.back()->c_str();
-      if ((*it)[0] == '$')
+      if (variable)
         m_objects.push_back(std::make_unique<ConVar>(name, "0", 0, "v"));
       else
         m_objects.push_back(std::make_unique<ConCommand>(name, nullptr, "c"));
     }
   }
-  std::vector<std::string> Order() const { return chain.Names(); }
-
-  FakeCvar chain;
+  // The current chain, variables marked with '$'.
+  static Names Order() {
+    Names names;
+    for (ConCommandBase* b = cvar->GetCommands(); b; b = b->GetNext())
+      names.push_back((b->IsCommand() ? "" : "$") + std::string(b->GetName()));
+    return names;
+  }
 
 private:
+  std::vector<std::unique_ptr<CCvar>> m_chains;
   std::vector<std::unique_ptr<std::string>> m_names;
   std::vector<std::unique_ptr<ConCommandBase>> m_objects;
 };
 
 TEST_F(ConsoleOrderTest, TableCommandsMoveBehindTheHeadInTableOrder) {
-  Build({"head", "x", "tw__eb", "y", "tw__ip", "tw__sb"});
-  ReorderConsoleChain();
-  EXPECT_EQ(Order(), (std::vector<std::string>{"head", "tw__ip", "tw__sb", "tw__eb", "x", "y"}));
-}
-
-TEST_F(ConsoleOrderTest, MatchAtTheHeadStays) {
-  Build({"tw__sb", "a", "tw__ip"});
-  ReorderConsoleChain();
-  EXPECT_EQ(Order(), (std::vector<std::string>{"tw__sb", "tw__ip", "a"}));
-}
-
-TEST_F(ConsoleOrderTest, MissingNamesStillAdvanceTheWalk) {
-  Build({"h", "a", "b", "c", "tw_set"});
-  ReorderConsoleChain();
-  // Four names nobody bears walk past the four nodes behind the head before tw_set's turn comes.
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "a", "b", "c", "tw_set"}));
+  const std::pair<Names, Names> cases[] = {
+      {{"head", "x", "tw__eb", "y", "tw__ip", "tw__sb"}, {"head", "tw__ip", "tw__sb", "tw__eb", "x", "y"}},
+      {{"tw__sb", "a", "tw__ip"}, {"tw__sb", "tw__ip", "a"}},  // a match at the head stays
+      // Four names nobody bears walk past the four nodes behind the head before tw_set's turn comes.
+      {{"h", "a", "b", "c", "tw_set"}, {"h", "a", "b", "c", "tw_set"}},
+      {{"h", "x", "TW__IP"}, {"h", "TW__IP", "x"}},
+      {{"h", "x", "$tw__ip", "tw__ip"}, {"h", "tw__ip", "x", "$tw__ip"}},  // variables never move
+      {{"h", "$tw__ip", "z", "tw__ip"}, {"h", "$tw__ip", "z", "tw__ip"}},  // but count as in place
+  };
+  for (const auto& [chain, reordered] : cases) {
+    Build(chain);
+    ReorderConsoleChain();
+    EXPECT_EQ(Order(), reordered);
+  }
 }
 
 TEST_F(ConsoleOrderTest, FullTableEndsInTableOrderAndSecondRunMovesNothing) {
-  std::vector<std::string> names = {"engine_head", "status"};
+  Names names = {"engine_head", "status"};
   for (auto it = kTable.rbegin(); it != kTable.rend(); ++it) {
     names.push_back(*it);
     names.push_back("filler_" + *it);
   }
   Build(names);
   ReorderConsoleChain();
-  std::vector<std::string> order = Order();
+  Names order = Order();
   ASSERT_EQ(order.size(), names.size());
   EXPECT_EQ(order[0], "engine_head");
-  EXPECT_EQ(std::vector<std::string>(order.begin() + 1, order.begin() + 1 + long(kTable.size())), kTable);
-
+  EXPECT_EQ(Names(order.begin() + 1, order.begin() + 1 + long(kTable.size())), kTable);
   ReorderConsoleChain();
   EXPECT_EQ(Order(), order);
 }
 
-TEST_F(ConsoleOrderTest, VariablesOfATableNameStayWhereTheyAre) {
-  Build({"h", "x", "$tw__ip", "tw__ip"});
-  ReorderConsoleChain();
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "tw__ip", "x", "tw__ip"}));
-  EXPECT_TRUE(chain.head->GetNext()->IsCommand());
-}
-
-TEST_F(ConsoleOrderTest, AnyObjectOfTheNameBehindTheNodeCountsAsInPlace) {
-  Build({"h", "$tw__ip", "z", "tw__ip"});
-  ReorderConsoleChain();
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "tw__ip", "z", "tw__ip"}));
-  EXPECT_FALSE(chain.head->GetNext()->IsCommand());
-}
-
-TEST_F(ConsoleOrderTest, NamesCompareIgnoringCase) {
-  Build({"h", "x", "TW__IP"});
-  ReorderConsoleChain();
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "TW__IP", "x"}));
-}
-
-TEST_F(ConsoleOrderTest, EmptyChainIsLeftAlone) {
-  ReorderConsoleChain();
-  EXPECT_EQ(chain.head, nullptr);
+TEST_F(ConsoleOrderTest, MoveCommandAfterMovesOnlyACommandNotInPlace) {
+  Build({});
+  ReorderConsoleChain();  // an empty chain is left alone
   MoveCommandAfter("tw__ip", nullptr);
-}
+  EXPECT_EQ(cvar->GetCommands(), nullptr);
 
-TEST_F(ConsoleOrderTest, MoveCommandAfterLeavesACommandAlreadyInPlace) {
-  Build({"h", "tw__ip", "x"});
-  MoveCommandAfter("tw__ip", chain.head);
-  MoveCommandAfter("h", chain.head);  // the node itself: a command can't stand behind itself
-  MoveCommandAfter("nobody", chain.head);
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "tw__ip", "x"}));
-}
-
-TEST_F(ConsoleOrderTest, CommandBeforeTheNodeMovesBehindIt) {
-  Build({"h", "tw__sb", "a", "b"});
-  ConCommandBase* b = chain.head->GetNext()->GetNext()->GetNext();
-  MoveCommandAfter("tw__sb", b);
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "a", "b", "tw__sb"}));
+  Build({"h", "tw__ip", "x", "tw__sb", "b"});
+  ConCommandBase* head = cvar->GetCommands();
+  MoveCommandAfter("tw__ip", head);  // already in place
+  MoveCommandAfter("h", head);       // the node itself
+  MoveCommandAfter("nobody", head);
+  EXPECT_EQ(Order(), (Names{"h", "tw__ip", "x", "tw__sb", "b"}));
+  MoveCommandAfter("tw__ip", head->GetNext()->GetNext()->GetNext()->GetNext());
+  EXPECT_EQ(Order(), (Names{"h", "x", "tw__sb", "b", "tw__ip"}));
 }
 
 TEST_F(ConsoleOrderTest, LevelInitReordersOnlyWhenEifaceIsExactlyOne) {
-  FakeWorld& world = FakeWorld::instance();
-  world.Reset();
-  {
-    OutputCapture quiet;
-    cvar = &world.cvar;
-    ASSERT_TRUE(g_TidewrightPlugin.Load(&FakeWorld::EngineFactory, &FakeWorld::GameFactory));
-  }
-  cvar = &chain;
   Build({"h", "x", "tw__ip"});
-  VarRestorer restore(tidewright_eiface);
-  // The chain has no say or changelevel for LevelInit to wrap.
-  VarRestorer restoreChat(tidewright_chatevent), restoreMapHandler(tidewright_maphandler);
-  tidewright_chatevent.SetValue(0);
-  tidewright_maphandler.SetValue(0);
+  VarRestorer restore(tidewright_eiface), restoreChat(tidewright_chatevent);
+  tidewright_chatevent.SetValue(0);  // no say wrappers for this chain after a Load
   OutputCapture quiet;
   tidewright_eiface.SetValue(2);
   g_TidewrightPlugin.LevelInit("m");
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "x", "tw__ip"}));
+  EXPECT_EQ(Order(), (Names{"h", "x", "tw__ip"}));
   tidewright_eiface.SetValue(1);
   g_TidewrightPlugin.LevelInit("m");
-  EXPECT_EQ(Order(), (std::vector<std::string>{"h", "tw__ip", "x"}));
+  EXPECT_EQ(Order(), (Names{"h", "tw__ip", "x"}));
 }
 
 }  // namespace
