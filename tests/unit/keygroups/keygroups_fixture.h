@@ -43,16 +43,6 @@ protected:
   }
   static std::string LastError() { return Var("tidewright_lasterror"); }
   static void ClearLastError() { Set("tidewright_lasterror", ""); }
-  static std::string ReadGameFile(const std::string& path) {
-    std::ifstream in(std::filesystem::path(Shared().GameDir()) / path, std::ios::binary);
-    if (!in.is_open()) return "<missing>";
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-  }
-  static bool GameFileExists(const std::string& path) {
-    return std::filesystem::exists(std::filesystem::path(Shared().GameDir()) / path);
-  }
 };
 
 // The place that ReportScriptError adds while no script line runs.
