@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "dt_send.h"
 #include "eiface.h"
 #include "iserverplugin.h"
 #include "output_capture.h"
@@ -23,17 +22,7 @@ public:
     if (rc) *rc = ok ? IFACE_OK : IFACE_FAILED;
     return ok ? static_cast<IServerPluginCallbacks*>(&Get()) : nullptr;
   }
-
-  std::vector<std::string> calls;
-  IVEngineServer* engine = nullptr;
-  PLUGIN_RESULT commandResult = PLUGIN_CONTINUE;
-  bool allowConnect = true;
-
-  void Reset() {
-    calls.clear();
-    commandResult = PLUGIN_CONTINUE;
-    allowConnect = true;
-  }
+  // The calls since the last Take, one a line.
   std::string Take() {
     std::string text;
     for (const std::string& c : calls) text += c + "\n";
@@ -41,18 +30,26 @@ public:
     return text;
   }
 
+  std::vector<std::string> calls;
+  IVEngineServer* engine = nullptr;
+  PLUGIN_RESULT commandResult = PLUGIN_CONTINUE;
+  bool allowConnect = true;
+
   bool Load(CreateInterfaceFn engineFactory, CreateInterfaceFn) override {
+    calls.push_back("Load");
     engine = static_cast<IVEngineServer*>(engineFactory(INTERFACEVERSION_VENGINESERVER, nullptr));
     return engine != nullptr;
   }
-  void Unload() override {}
+  void Unload() override { calls.push_back("Unload"); }
   void Pause() override {}
   void UnPause() override {}
   const char* GetPluginDescription() override { return "recording"; }
-  void LevelInit(const char*) override {}
-  void ServerActivate(edict_t*, int, int) override {}
+  void LevelInit(const char* map) override { calls.push_back(std::string("LevelInit ") + map); }
+  void ServerActivate(edict_t*, int count, int maxClients) override {
+    calls.push_back("ServerActivate " + std::to_string(count) + " " + std::to_string(maxClients));
+  }
   void GameFrame(bool) override {}
-  void LevelShutdown() override {}
+  void LevelShutdown() override { calls.push_back("LevelShutdown"); }
   void ClientActive(edict_t* e) override { Add("ClientActive", e); }
   void ClientDisconnect(edict_t* e) override { Add("ClientDisconnect", e); }
   void ClientPutInServer(edict_t* e, const char* name) override { Add(std::string("ClientPutInServer ") + name, e); }
@@ -79,61 +76,33 @@ public:
 
 private:
   void Add(const std::string& what, edict_t* e) {
-    calls.push_back(what + " @" + std::to_string(engine ? engine->IndexOfEdict(e) : -1));
+    calls.push_back(what + " @" + std::to_string(engine->IndexOfEdict(e)));
   }
 };
 
-// A server with the recording plugin, four player slots and the world at hand.
+// A server with the recording plugin and four player slots; what the plugin heard at start-up is kept apart.
 class WorldTest : public ::testing::Test {
 protected:
   static TestServer::Options Options() {
-    RecordingPlugin::Get().Reset();
+    RecordingPlugin::Get() = RecordingPlugin();
     TestServer::Options o;
     o.plugin = &RecordingPlugin::Factory;
     o.args = {"--maxplayers", "4"};
     return o;
   }
-  // What the plugin heard while the server started is not what the tests look at.
-  WorldTest() : server(Options()) { Plugin().Take(); }
+  WorldTest() : server(Options()), startup(Plugin().Take()) {}
 
   CSimWorld& World() { return static_cast<CSimWorld&>(server.Server().World()); }
   IVEngineServer& Engine() { return server.Server().Engine(); }
   RecordingPlugin& Plugin() { return RecordingPlugin::Get(); }
+  edict_t* Edict(int index) { return Engine().PEntityOfEntIndex(index); }
+  // An interface of the game's factory or, failing that, of the engine's.
   template <class T>
-  T* GameInterface(const char* name) {
-    return static_cast<T*>(CStandIn::GameFactory(name, nullptr));
-  }
-  template <class T>
-  T* EngineInterface(const char* name) {
-    return static_cast<T*>(CStandIn::EngineFactory(name, nullptr));
+  T* Iface(const char* name) {
+    void* game = CStandIn::GameFactory(name, nullptr);
+    return static_cast<T*>(game ? game : CStandIn::EngineFactory(name, nullptr));
   }
 
   TestServer server;
+  std::string startup;
 };
-
-// The offset of a dotted property path, walked through the server classes as a plugin walks them; -1 when
-// the path isn't found.
-inline int PropertyOffset(IServerGameDLL* dll, const char* path) {
-  std::string rest = path;
-  size_t dot = rest.find('.');
-  std::string head = rest.substr(0, dot);
-  rest = dot == std::string::npos ? "" : rest.substr(dot + 1);
-  SendTable* table = nullptr;
-  for (ServerClass* c = dll->GetAllServerClasses(); c; c = c->m_pNext)
-    if (strcasecmp(c->GetName(), head.c_str()) == 0) table = c->m_pTable;
-  int offset = 0;
-  while (table) {
-    dot = rest.find('.');
-    head = rest.substr(0, dot);
-    rest = dot == std::string::npos ? "" : rest.substr(dot + 1);
-    SendProp* found = nullptr;
-    for (int i = 0; i < table->GetNumProps(); ++i)
-      if (table->GetProp(i)->GetName() && strcasecmp(table->GetProp(i)->GetName(), head.c_str()) == 0)
-        found = table->GetProp(i);
-    if (!found) return -1;
-    offset += found->GetOffset();
-    if (found->GetType() != DPT_DataTable) return offset;
-    table = found->GetDataTable();
-  }
-  return -1;
-}
