@@ -3,9 +3,10 @@
 
 #include <cstring>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "eiface.h"
+#include "iplayerinfo.h"
 #include "iserverplugin.h"
 #include "output_capture.h"
 #include "test_server.h"
@@ -13,47 +14,39 @@
 
 class RecordingPlugin final : public IServerPluginCallbacks {
 public:
-  static RecordingPlugin& Get() {
-    static RecordingPlugin plugin;
-    return plugin;
-  }
+  static RecordingPlugin& Get() { static RecordingPlugin plugin; return plugin; }
   static void* Factory(const char* name, int* rc) {
     bool ok = strcmp(name, INTERFACEVERSION_ISERVERPLUGINCALLBACKS) == 0;
     if (rc) *rc = ok ? IFACE_OK : IFACE_FAILED;
     return ok ? static_cast<IServerPluginCallbacks*>(&Get()) : nullptr;
   }
   // The calls since the last Take, one a line.
-  std::string Take() {
-    std::string text;
-    for (const std::string& c : calls) text += c + "\n";
-    calls.clear();
-    return text;
-  }
+  std::string Take() { return std::exchange(calls, ""); }
 
-  std::vector<std::string> calls;
+  std::string calls;
   IVEngineServer* engine = nullptr;
   PLUGIN_RESULT commandResult = PLUGIN_CONTINUE;
   bool allowConnect = true;
 
   bool Load(CreateInterfaceFn engineFactory, CreateInterfaceFn) override {
-    calls.push_back("Load");
+    calls += "Load\n";
     engine = static_cast<IVEngineServer*>(engineFactory(INTERFACEVERSION_VENGINESERVER, nullptr));
     return engine != nullptr;
   }
-  void Unload() override { calls.push_back("Unload"); }
+  void Unload() override { calls += "Unload\n"; }
   void Pause() override {}
   void UnPause() override {}
   const char* GetPluginDescription() override { return "recording"; }
-  void LevelInit(const char* map) override { calls.push_back(std::string("LevelInit ") + map); }
+  void LevelInit(const char* map) override { calls += std::string("LevelInit ") + map + "\n"; }
   void ServerActivate(edict_t*, int count, int maxClients) override {
-    calls.push_back("ServerActivate " + std::to_string(count) + " " + std::to_string(maxClients));
+    calls += "ServerActivate " + std::to_string(count) + " " + std::to_string(maxClients) + "\n";
   }
   void GameFrame(bool) override {}
-  void LevelShutdown() override { calls.push_back("LevelShutdown"); }
+  void LevelShutdown() override { calls += "LevelShutdown\n"; }
   void ClientActive(edict_t* e) override { Add("ClientActive", e); }
   void ClientDisconnect(edict_t* e) override { Add("ClientDisconnect", e); }
   void ClientPutInServer(edict_t* e, const char* name) override { Add(std::string("ClientPutInServer ") + name, e); }
-  void SetCommandClient(int index) override { calls.push_back("SetCommandClient " + std::to_string(index)); }
+  void SetCommandClient(int index) override { calls += "SetCommandClient " + std::to_string(index) + "\n"; }
   void ClientSettingsChanged(edict_t* e) override { Add("ClientSettingsChanged", e); }
   PLUGIN_RESULT ClientConnect(bool* allow, edict_t* e, const char* name, const char*, char* reject, int) override {
     Add(std::string("ClientConnect ") + name, e);
@@ -66,7 +59,7 @@ public:
     return commandResult;
   }
   PLUGIN_RESULT NetworkIDValidated(const char* name, const char* id) override {
-    calls.push_back(std::string("NetworkIDValidated ") + name + " " + id);
+    calls += std::string("NetworkIDValidated ") + name + " " + id + "\n";
     return PLUGIN_CONTINUE;
   }
   void OnQueryCvarValueFinished(QueryCvarCookie_t cookie, edict_t* e, EQueryCvarValueStatus status, const char* name,
@@ -75,9 +68,7 @@ public:
   }
 
 private:
-  void Add(const std::string& what, edict_t* e) {
-    calls.push_back(what + " @" + std::to_string(engine->IndexOfEdict(e)));
-  }
+  void Add(std::string what, edict_t* e) { calls += what + " @" + std::to_string(engine->IndexOfEdict(e)) + '\n'; }
 };
 
 // A server with the recording plugin and four player slots; what the plugin heard at start-up is kept apart.
@@ -96,6 +87,7 @@ protected:
   IVEngineServer& Engine() { return server.Server().Engine(); }
   RecordingPlugin& Plugin() { return RecordingPlugin::Get(); }
   edict_t* Edict(int index) { return Engine().PEntityOfEntIndex(index); }
+  IPlayerInfo* Info(int i) { return Iface<IPlayerInfoManager>("PlayerInfoManager002")->GetPlayerInfo(Edict(i)); }
   // An interface of the game's factory or, failing that, of the engine's.
   template <class T>
   T* Iface(const char* name) {
