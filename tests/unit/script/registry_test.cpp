@@ -10,6 +10,8 @@
 
 namespace {
 
+using Names = std::vector<std::string>;
+
 class RegistryTest : public ScriptTest {
 protected:
   CScriptRegistry& registry = g_scriptMachine.registry;
@@ -24,8 +26,8 @@ protected:
     return script;
   }
   // The scripts of an event's chain, head to tail, checked in both directions.
-  std::vector<std::string> Chain(const char* event) {
-    std::vector<std::string> names;
+  Names Chain(const char* event) {
+    Names names;
     CBlock* previous = nullptr;
     for (CBlock* b = registry.GetEventHead(event); b; b = b->nextEvent) {
       EXPECT_EQ(b->prevEvent, previous);
@@ -34,44 +36,34 @@ protected:
     }
     return names;
   }
-  void AddThree() {
-    for (const char* name : {"A", "B", "C"}) Add(name, "event spawn\n{\ntw_msg x\n}\nblock b\n{\n}\n");
+  std::string EventCommands(const char* event) {
+    char* text = registry.BuildEventCommands(event);
+    std::string commands = text;
+    free(text);
+    return commands;
+  }
+  static std::string De(BlockHandle handle) {
+    char text[32];
+    snprintf(text, sizeof text, "tw__de %llx;", static_cast<unsigned long long>(handle));
+    return text;
   }
 };
 
-using Names = std::vector<std::string>;
-
-TEST_F(RegistryTest, ChainFollowsLoadOrder) {
-  AddThree();
-  EXPECT_EQ(Chain("spawn"), (Names{"A", "B", "C"}));
-}
-
-TEST_F(RegistryTest, RemovingTheMiddleLinksItsNeighbours) {
-  AddThree();
-  EXPECT_TRUE(registry.RemoveScript("B"));
-  EXPECT_EQ(Chain("spawn"), (Names{"A", "C"}));
-}
-
-TEST_F(RegistryTest, RemovingTheHeadMovesTheHead) {
-  AddThree();
-  registry.RemoveScript("A");
-  EXPECT_EQ(Chain("spawn"), (Names{"B", "C"}));
-  EXPECT_STREQ(registry.GetEventHead("spawn")->script->name, "B");
-}
-
-TEST_F(RegistryTest, RemovingTheTailEndsTheChainEarlier) {
-  AddThree();
-  registry.RemoveScript("C");
-  EXPECT_EQ(Chain("spawn"), (Names{"A", "B"}));
-}
-
-TEST_F(RegistryTest, RemovingAllInAnyOrderLeavesNoEntry) {
-  AddThree();
-  registry.RemoveScript("B");
-  registry.RemoveScript("A");
-  EXPECT_EQ(Chain("spawn"), (Names{"C"}));
-  registry.RemoveScript("C");
-  EXPECT_FALSE(registry.HasEvent("spawn"));
+TEST_F(RegistryTest, RemovalsInEveryPositionKeepTheChainLinked) {
+  const struct {
+    Names removed;
+    Names left;
+  } cases[] = {{{"B"}, {"A", "C"}},      {{"A"}, {"B", "C"}}, {{"C"}, {"A", "B"}},
+               {{"b", "A"}, {"C"}},      {{"C", "A"}, {"B"}}, {{"B", "A", "C"}, {}},
+               {{"A", "C", "B"}, {}}};
+  for (const auto& c : cases) {
+    ResetScriptMachine();
+    for (const char* name : {"A", "B", "C"}) Add(name, "event spawn\n{\n}\nblock b\n{\n}\n");
+    for (const std::string& name : c.removed) EXPECT_TRUE(registry.RemoveScript(name.c_str())) << name;
+    EXPECT_EQ(Chain("spawn"), c.left) << c.removed.size();
+    EXPECT_EQ(registry.HasEvent("spawn"), !c.left.empty());
+    for (const std::string& name : c.left) EXPECT_NE(registry.GetBlock((name + "/b").c_str()), nullptr);
+  }
   EXPECT_EQ(registry.GetBlock("C/b"), nullptr);
 }
 
@@ -104,54 +96,41 @@ TEST_F(RegistryTest, ScriptNamesIgnoreCaseBlockNamesDont) {
 }
 
 TEST_F(RegistryTest, DuplicateNamesKeepTheFirst) {
-  CScript* script = Add("dup", "block x\n{\ntw_msg first\n}\nblock x\n{\ntw_msg second\n}\n");
-  CBlock* first = script->firstBlock;
-  ASSERT_NE(first->next, nullptr);
-  EXPECT_EQ(registry.GetBlock("dup/x"), first);
-}
-
-TEST_F(RegistryTest, DuplicateEventRunsTheFirstSectionTwice) {
-  CScript* script = Add("dup", "event e\n{\n}\nevent e\n{\n}\n");
-  char* commands = registry.BuildEventCommands("e");
-  char expected[128];
-  snprintf(expected, sizeof expected, "tw__de %llx;tw__de %llx;\n",
-           static_cast<unsigned long long>(script->firstBlock->handle),
-           static_cast<unsigned long long>(script->firstBlock->handle));
-  EXPECT_STREQ(commands, expected);
-  free(commands);
-  registry.RemoveScript("dup");
+  CScript* blocks = Add("dup", "block x\n{\n}\nblock x\n{\n}\n");
+  ASSERT_NE(blocks->firstBlock->next, nullptr);
+  EXPECT_EQ(registry.GetBlock("dup/x"), blocks->firstBlock);
+  // Two event sections of one name: the chain runs the first one twice, and both go with the script.
+  CScript* events = Add("dupe", "event e\n{\n}\nevent e\n{\n}\n");
+  EXPECT_EQ(EventCommands("e"), De(events->firstBlock->handle) + De(events->firstBlock->handle) + "\n");
+  registry.RemoveScript("dupe");
   EXPECT_FALSE(registry.HasEvent("e"));
 }
 
-TEST_F(RegistryTest, EventCommandsSkipDisabledScripts) {
-  AddThree();
-  registry.SetScriptEnabled("b", false);
-  char* commands = registry.BuildEventCommands("spawn");
-  char expected[128];
-  snprintf(expected, sizeof expected, "tw__de %llx;tw__de %llx;\n",
-           static_cast<unsigned long long>(registry.GetEventHash("A/spawn")),
-           static_cast<unsigned long long>(registry.GetEventHash("C/spawn")));
-  EXPECT_STREQ(commands, expected);
-  free(commands);
+TEST_F(RegistryTest, SameFullNameFromTwoScriptsStaysWithItsOwner) {
+  // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x".
+  Add("foo", "block bar/x\n{\n}\n");
+  Add("foo/bar", "block x\n{\n}\n");
+  CBlock* owner = registry.GetBlock("foo/bar/x");
+  ASSERT_NE(owner, nullptr);
+  EXPECT_STREQ(owner->script->name, "foo");
+  registry.RemoveScript("foo/bar");
+  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
 }
 
-TEST_F(RegistryTest, AllDisabledStillHasTheEventButQueuesNothing) {
-  AddThree();
-  for (const char* name : {"A", "B", "C"}) registry.SetScriptEnabled(name, false);
+TEST_F(RegistryTest, EventCommandsOfEnabledScriptsOnly) {
+  for (const char* name : {"A", "B", "C"}) Add(name, "event spawn\n{\n}\n");
+  registry.SetScriptEnabled("b", false);
+  EXPECT_EQ(EventCommands("spawn"), De(registry.GetEventHash("A/spawn")) + De(registry.GetEventHash("C/spawn")) + "\n");
+  registry.SetScriptEnabled("A", false);
+  registry.SetScriptEnabled("C", false);
   EXPECT_TRUE(registry.HasEvent("spawn"));
-  char* commands = registry.BuildEventCommands("spawn");
-  EXPECT_STREQ(commands, "\n");
-  free(commands);
-  char* none = registry.BuildEventCommands("nobody_listens");
-  EXPECT_STREQ(none, "\n");
-  free(none);
+  EXPECT_EQ(EventCommands("spawn"), "\n");
+  EXPECT_EQ(EventCommands("nobody_listens"), "\n");
 }
 
 TEST_F(RegistryTest, ManyScriptsOnOneEventSplitIntoConsoleLines) {
   for (int i = 0; i < 300; ++i) Add("s" + std::to_string(i), "event crowded\n{\n}\n");
-  char* commands = registry.BuildEventCommands("crowded");
-  std::string text = commands;
-  free(commands);
+  std::string text = EventCommands("crowded");
   size_t count = 0, start = 0;
   for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
     EXPECT_LE(end - start, 2047u);
@@ -161,48 +140,21 @@ TEST_F(RegistryTest, ManyScriptsOnOneEventSplitIntoConsoleLines) {
 }
 
 TEST_F(RegistryTest, HandlesOfRemovedBlocksNameNothing) {
-  Add("A", "event e\n{\n}\n");
-  Add("B", "event e\n{\n}\n");
-  BlockHandle a = registry.GetEventHash("A/e");
-  BlockHandle b = registry.GetEventHash("B/e");
-  ASSERT_NE(a, 0u);
-  registry.RemoveScript("A");
-  EXPECT_EQ(registry.GetEvent(a), nullptr);
-  ASSERT_NE(registry.GetEvent(b), nullptr);
-  EXPECT_STREQ(registry.GetEvent(b)->name, "B/e");
-}
-
-TEST_F(RegistryTest, RemovalThatShiftsABucketLeavesHandlesTrue) {
+  EXPECT_EQ(registry.GetEventHash("no/such"), 0u);
+  EXPECT_EQ(registry.GetEvent(0), nullptr);
+  EXPECT_EQ(registry.GetEvent(0xFFFFFFFFFFFFull), nullptr);
   // "AB" and "B!" hash alike (times 33 plus the byte), so "AB/e" and "B!/e" share a bucket of the table.
   ASSERT_EQ(NameTable<int>::Hash("AB/e"), NameTable<int>::Hash("B!/e"));
   Add("AB", "event e\n{\n}\n");
   Add("B!", "event e\n{\n}\n");
   BlockHandle first = registry.GetEventHash("AB/e");
   BlockHandle second = registry.GetEventHash("B!/e");
+  ASSERT_NE(first, 0u);
   registry.RemoveScript("AB");
   EXPECT_EQ(registry.GetEvent(first), nullptr);
   ASSERT_NE(registry.GetEvent(second), nullptr);
   EXPECT_STREQ(registry.GetEvent(second)->name, "B!/e");
   EXPECT_EQ(registry.GetEventHash("B!/e"), second);
-}
-
-TEST_F(RegistryTest, GetEventHashOfUnknownNameIsZero) {
-  EXPECT_EQ(registry.GetEventHash("no/such"), 0u);
-  EXPECT_EQ(registry.GetEvent(0), nullptr);
-  EXPECT_EQ(registry.GetEvent(0xFFFFFFFFFFFFull), nullptr);
-}
-
-TEST_F(RegistryTest, SameFullNameFromTwoScriptsStaysWithItsOwner) {
-  // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x".
-  Add("foo", "block bar/x\n{\n}\n");
-  CScript* second = Add("foo/bar", "block x\n{\n}\n");
-  CBlock* owner = registry.GetBlock("foo/bar/x");
-  ASSERT_NE(owner, nullptr);
-  EXPECT_STREQ(owner->script->name, "foo");
-  registry.RemoveScript("foo/bar");
-  (void)second;
-  ASSERT_NE(registry.GetBlock("foo/bar/x"), nullptr);
-  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
 }
 
 }  // namespace
