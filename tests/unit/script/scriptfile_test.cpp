@@ -72,8 +72,9 @@ TEST(ScriptReader, CompiledBlocksAndLines) {
     auto script = Compile(c.text);
     EXPECT_EQ(BlockNames(*script), c.blocks) << c.why;
     const CBlock* block = Find(*script, c.block);
+    ASSERT_NE(block, nullptr) << c.why;
     EXPECT_EQ(LinesOf(block), c.lines) << c.why;
-    if (block) EXPECT_EQ(size_t(block->lineCount), c.lines.size() - 1) << c.why;
+    EXPECT_EQ(size_t(block->lineCount), c.lines.size() - 1) << c.why;
   }
 }
 
