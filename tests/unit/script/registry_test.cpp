@@ -36,12 +36,6 @@ protected:
     }
     return names;
   }
-  std::string EventCommands(const char* event) {
-    char* text = registry.BuildEventCommands(event);
-    std::string commands = text;
-    free(text);
-    return commands;
-  }
   static std::string De(BlockHandle handle) {
     char text[32];
     snprintf(text, sizeof text, "tw__de %llx;", static_cast<unsigned long long>(handle));
