@@ -2,7 +2,8 @@
 // block handles that never name another block after a removal.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -44,42 +45,35 @@ protected:
 };
 
 TEST_F(RegistryTest, RemovalsInEveryPositionKeepTheChainLinked) {
+  // Steps on the chain of A, B and C: a name removes that script (in any case), "+name" loads it again.
   const struct {
-    Names removed;
+    Names steps;
     Names left;
-  } cases[] = {{{"B"}, {"A", "C"}},      {{"A"}, {"B", "C"}}, {{"C"}, {"A", "B"}},
-               {{"b", "A"}, {"C"}},      {{"C", "A"}, {"B"}}, {{"B", "A", "C"}, {}},
-               {{"A", "C", "B"}, {}}};
+  } cases[] = {{{"B"}, {"A", "C"}},      {{"A"}, {"B", "C"}},      {{"C"}, {"A", "B"}},
+               {{"b", "A"}, {"C"}},      {{"C", "A"}, {"B"}},      {{"B", "A", "C"}, {}},
+               {{"A", "C", "B"}, {}},    {{"A", "+A"}, {"B", "C", "A"}}};
+  const char* const kText = "event spawn\n{\n}\nblock b\n{\n}\n";
   for (const auto& c : cases) {
     ResetScriptMachine();
-    for (const char* name : {"A", "B", "C"}) Add(name, "event spawn\n{\n}\nblock b\n{\n}\n");
-    for (const std::string& name : c.removed) EXPECT_TRUE(registry.RemoveScript(name.c_str())) << name;
-    EXPECT_EQ(Chain("spawn"), c.left) << c.removed.size();
+    for (const char* name : {"A", "B", "C"}) Add(name, kText);
+    for (const std::string& step : c.steps)
+      if (step[0] == '+')
+        Add(step.substr(1), kText);
+      else
+        EXPECT_TRUE(registry.RemoveScript(step.c_str())) << step;
+    EXPECT_EQ(Chain("spawn"), c.left) << c.steps.size();
     EXPECT_EQ(registry.HasEvent("spawn"), !c.left.empty());
-    for (const std::string& name : c.left) EXPECT_NE(registry.GetBlock((name + "/b").c_str()), nullptr);
+    for (std::string name : {"A", "B", "C"}) {
+      bool kept = std::find(c.left.begin(), c.left.end(), name) != c.left.end();
+      EXPECT_EQ(registry.GetBlock((name + "/b").c_str()) != nullptr, kept) << name;
+      EXPECT_EQ(registry.GetBlock((name + "/spawn").c_str()) != nullptr, kept) << name;
+    }
   }
-  EXPECT_EQ(registry.GetBlock("C/b"), nullptr);
 }
 
-TEST_F(RegistryTest, ReloadGoesToTheTail) {
-  Add("A", "event e\n{\n}\n");
-  Add("B", "event e\n{\n}\n");
-  registry.RemoveScript("A");
-  Add("A", "event e\n{\n}\n");
-  EXPECT_EQ(Chain("e"), (Names{"B", "A"}));
-}
-
-TEST_F(RegistryTest, AllEventScriptEmptiesTheBlockTable) {
-  Add("ev", "event one\n{\n}\nevent two\n{\n}\n");
-  ASSERT_NE(registry.GetBlock("ev/one"), nullptr);
-  registry.RemoveScript("ev");
-  EXPECT_EQ(registry.GetBlock("ev/one"), nullptr);
-  EXPECT_EQ(registry.GetBlock("ev/two"), nullptr);
-  EXPECT_FALSE(registry.HasEvent("one"));
-}
-
-TEST_F(RegistryTest, ScriptNamesIgnoreCaseBlockNamesDont) {
-  Add("foo", "block Bar\n{\n}\nblock bar\n{\n}\n");
+TEST_F(RegistryTest, NamesAndDuplicates) {
+  // Script names ignore case, block names don't.
+  Add("foo", "block Bar\n{\n}\nblock bar\n{\n}\nblock bar/x\n{\n}\n");
   EXPECT_EQ(Add("FOO", "block x\n{\n}\n"), nullptr);
   EXPECT_NE(registry.FindScript("FoO"), nullptr);
   CBlock* upper = registry.GetBlock("foo/Bar");
@@ -87,28 +81,21 @@ TEST_F(RegistryTest, ScriptNamesIgnoreCaseBlockNamesDont) {
   ASSERT_TRUE(upper && lower);
   EXPECT_NE(upper, lower);
   EXPECT_EQ(registry.GetBlock("FOO/bar"), nullptr);
-}
-
-TEST_F(RegistryTest, DuplicateNamesKeepTheFirst) {
+  // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x": it stays with "foo".
+  CBlock* owner = registry.GetBlock("foo/bar/x");
+  ASSERT_NE(owner, nullptr);
+  Add("foo/bar", "block x\n{\n}\n");
+  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
+  registry.RemoveScript("foo/bar");
+  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
+  // Two sections of one name: the first is found, and an event chain runs the first one twice.
   CScript* blocks = Add("dup", "block x\n{\n}\nblock x\n{\n}\n");
   ASSERT_NE(blocks->firstBlock->next, nullptr);
   EXPECT_EQ(registry.GetBlock("dup/x"), blocks->firstBlock);
-  // Two event sections of one name: the chain runs the first one twice, and both go with the script.
   CScript* events = Add("dupe", "event e\n{\n}\nevent e\n{\n}\n");
   EXPECT_EQ(EventCommands("e"), De(events->firstBlock->handle) + De(events->firstBlock->handle) + "\n");
   registry.RemoveScript("dupe");
   EXPECT_FALSE(registry.HasEvent("e"));
-}
-
-TEST_F(RegistryTest, SameFullNameFromTwoScriptsStaysWithItsOwner) {
-  // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x".
-  Add("foo", "block bar/x\n{\n}\n");
-  Add("foo/bar", "block x\n{\n}\n");
-  CBlock* owner = registry.GetBlock("foo/bar/x");
-  ASSERT_NE(owner, nullptr);
-  EXPECT_STREQ(owner->script->name, "foo");
-  registry.RemoveScript("foo/bar");
-  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
 }
 
 TEST_F(RegistryTest, EventCommandsOfEnabledScriptsOnly) {
