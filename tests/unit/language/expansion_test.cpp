@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "gameevents.h"
 #include "language_fixture.h"
 
 namespace {
@@ -19,28 +20,20 @@ TEST_F(ExpansionTest, ValuesAndLiterals) {
     const char* text;
     const char* expanded;
   } cases[] = {
-      {"1.5", "server_var(ev_v)", "1.5"},  // numbers take their integer form when whole
-      {"5.000", "server_var(ev_v)", "5"},
-      {"007", "server_var(ev_v)", "7"},
-      {"-3", "server_var(ev_v)", "-3"},
-      {"abc", "server_var(ev_v)", "abc"},
-      {"1e3", "server_var(ev_v)", "1"},
-      {"0x10", "server_var(ev_v)", "0x10"},
-      {"", "server_var(ev_v)", "0"},
-      {"x", "server_var(ev_nowhere)", "0"},
-      {"a b", "server_var(ev_v)", "\"a b\""},  // a value with a blank is quoted
-      {"say \"hi\"", "server_var(ev_v)", "\"say `hi`\""},  // double quotes become backticks
-      {"\"hi\"", "server_var(ev_v)", "`hi`"},
-      {"\"", "server_var(ev_v)", "`"},
-      {"a//b", "server_var(ev_v)", "\"a//b\""},
-      {"7", "SERVER_VAR(EV_V)", "7"},  // the keyword ignores case, the name follows the lookup
-      {"1", "\"server_var(ev_v)\"", "\"server_var(ev_v)\""},  // nothing inside quotes expands
-      {"x", "\";\"", "\";\""},  // literals: only a semicolon or escaped words stay quoted
-      {"x", "a:b ( x", "a : b ( x"},
-      {"x", "\"two words\"", "\"two words\""},
-      {"x", "a \"\" b", "a  b"},  // no token stands between the blanks
-      {"ev_target", "server_var(server_var(ev_v))", "42"},  // nested forms look up by value
-      {"ev target", "server_var(server_var(ev_v))", "0"},  // a quoted inner value fails the outer lookup
+      // Numbers take their integer form when whole; a missing or empty variable is 0.
+      {"1.5", "server_var(ev_v)", "1.5"}, {"5.000", "server_var(ev_v)", "5"}, {"007", "server_var(ev_v)", "7"},
+      {"-3", "server_var(ev_v)", "-3"}, {"abc", "server_var(ev_v)", "abc"}, {"1e3", "server_var(ev_v)", "1"},
+      {"0x10", "server_var(ev_v)", "0x10"}, {"", "server_var(ev_v)", "0"}, {"x", "server_var(ev_nowhere)", "0"},
+      // A value with a blank or "//" is quoted; double quotes become backticks.
+      {"a b", "server_var(ev_v)", "\"a b\""}, {"say \"hi\"", "server_var(ev_v)", "\"say `hi`\""},
+      {"\"hi\"", "server_var(ev_v)", "`hi`"}, {"\"", "server_var(ev_v)", "`"}, {"a//b", "server_var(ev_v)", "\"a//b\""},
+      // The keyword ignores case, the name follows the lookup; nothing inside quotes expands.
+      {"7", "SERVER_VAR(EV_V)", "7"}, {"1", "\"server_var(ev_v)\"", "\"server_var(ev_v)\""},
+      // Literals: only a semicolon or escaped words stay quoted; no token stands between the blanks of "".
+      {"x", "\";\"", "\";\""}, {"x", "a:b ( x", "a : b ( x"}, {"x", "\"two words\"", "\"two words\""},
+      {"x", "a \"\" b", "a  b"},
+      // Nested forms look up by value; a quoted inner value fails the outer lookup.
+      {"ev_target", "server_var(server_var(ev_v))", "42"}, {"ev target", "server_var(server_var(ev_v))", "0"},
   };
   for (const auto& c : cases) {
     Set("ev_v", c.value);
@@ -70,8 +63,11 @@ TEST_F(ExpansionTest, OnlyAMissingVariableWarns) {
 
 TEST_F(ExpansionTest, EventVariablesComeFromTheCurrentEvent) {
   EXPECT_EQ(Expand("event_var(userid)"), "0\n");
-  FakeEvent event("player_death");
-  event.keys = {{"userid", "12"}, {"weapon", ""}, {"name", "Big \"Bob\""}, {"attacker", "3"}};
+  EventDescriptor death;
+  death.name = "player_death";
+  CGameEvent event(&death);
+  for (auto [key, value] : {std::pair{"userid", "12"}, {"weapon", ""}, {"name", "Big \"Bob\""}, {"attacker", "3"}})
+    event.SetString(key, value);
   g_currentEvent = &event;
   Set("ev_key", "attacker");
   const char* cases[][2] = {{"event_var(userid)", "12\n"},
