@@ -16,7 +16,8 @@ TEST_F(ConditionalsTest, SpellingsAndAbsentOperands) {
   } cases[] = {{"==", COMPARE_EQUAL},        {"NotEqualTo", COMPARE_NOT_EQUAL}, {"=>", COMPARE_NOT_LESS},
                {"=<", COMPARE_NOT_GREATER}, {"IN", COMPARE_IN},                {"!:", COMPARE_NOT_IN},
                {"equals", COMPARE_UNSUPPORTED}, {"", COMPARE_UNSUPPORTED},    {nullptr, COMPARE_UNSUPPORTED}};
-  for (const auto& c : cases) EXPECT_EQ(ConditionOperatorCode(c.spelling), c.code) << (c.spelling ? c.spelling : "null");
+  for (const auto& c : cases)
+    EXPECT_EQ(ConditionOperatorCode(c.spelling), c.code) << (c.spelling ? c.spelling : "null");
   EXPECT_FALSE(CompareTokens(nullptr, COMPARE_EQUAL, nullptr));
   EXPECT_TRUE(CompareTokens("a", COMPARE_NOT_EQUAL, nullptr));
   EXPECT_FALSE(CompareTokens(nullptr, COMPARE_IN, "a"));

@@ -11,23 +11,20 @@ namespace {
 
 class MachineTest : public ScriptTest {};
 
-TEST_F(MachineTest, EachLineCostsTwoInsertedCommands) {
-  Load("s", "block a\n{\ntw_xset x 1\ntw_xset x 2\n}\n");
-  tidewright_scripttrace.SetValue(2);
-  std::string out = Run("tw_xdoblock s/a");
-  // Per line (tw__sb, two source lines, tw__eb) the line and the tw__ip of its successor.
-  size_t inserted = 0;
-  for (size_t p = 0; (p = out.find("[trace] ", p)) != std::string::npos; ++p) ++inserted;
-  EXPECT_EQ(inserted, 2u * 4u) << out;
-}
-
-TEST_F(MachineTest, FramesBalanceAndTheInstructionResets) {
-  std::string text = "block empty\n{\n}\n";
+TEST_F(MachineTest, LinesCostTwoCommandsAndFramesBalance) {
+  std::string text = "block empty\n{\n}\nblock a\n{\ntw_xset x 1\ntw_xset x 2\n}\n";
   const int depth = 500;
   for (int i = 0; i < depth; ++i)
     text += "block b" + std::to_string(i) + "\n{\ntw_xdoblock s/b" + std::to_string(i + 1) + "\n}\n";
   text += "block b" + std::to_string(depth) + "\n{\necho bottom\n}\n";
   Load("s", text);
+  tidewright_scripttrace.SetValue(2);
+  std::string out = Run("tw_xdoblock s/a");
+  tidewright_scripttrace.SetValue(0);
+  // Per line (tw__sb, two source lines, tw__eb) the line and the tw__ip of its successor.
+  size_t inserted = 0;
+  for (size_t p = 0; (p = out.find("[trace] ", p)) != std::string::npos; ++p) ++inserted;
+  EXPECT_EQ(inserted, 2u * 4u) << out;
   for (const char* line : {"tw_xdoblock s/empty", "tw_xdoblock s/b0"}) {
     Run(line);
     EXPECT_TRUE(g_scriptMachine.ifResultStack.empty()) << line;

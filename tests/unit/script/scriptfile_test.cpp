@@ -54,8 +54,8 @@ TEST(ScriptReader, CompiledBlocksAndLines) {
        {"tw__sb s.b2\n", "tw_msg 2\n", "tw__eb\n\n", "\n"}},
       {"brace on the header line swallows the first body line", "block foo {\n  tw_msg swallowed\n  tw_msg kept\n}\n",
        {"s/foo {"}, "s/foo {", {"tw__sb s/foo {\n", "tw_msg kept\n", "tw__eb\n\n", "\n"}},
-      {"only exact lower-case headers with one blank", "Block a\n{\n}\nblock\tb\n{\n}\nevent  c\n{\n}\n", {"s/c event c"}, "s/c",
-       {"tw__sb s/c\n", "tw__eb\n\n", "\n"}},
+      {"only exact lower-case headers with one blank", "Block a\n{\n}\nblock\tb\n{\n}\nevent  c\n{\n}\n",
+       {"s/c event c"}, "s/c", {"tw__sb s/c\n", "tw__eb\n\n", "\n"}},
       {"a block nested in an event is no event", "event player_death\n{\n{\ntw_msg x\n}\n}\n",
        {"s.b2", "s/player_death event player_death"}, "s.b2", {"tw__sb s.b2\n", "tw_msg x\n", "tw__eb\n\n", "\n"}},
       {"header at the end", "free text\nblock last", {"s/last"}, "s/last", {"tw__sb s/last\n", "tw__eb\n\n", "\n"}},
@@ -65,7 +65,8 @@ TEST(ScriptReader, CompiledBlocksAndLines) {
       {"blank and comment lines add nothing, trailing blanks stay",
        "block a\n{\n   \n// note\n  // indented note\ntw_msg x // kept  \n\n}\n", {"s/a"}, "s/a",
        {"tw__sb s/a\n", "tw_msg x // kept  \n", "tw__eb\n\n", "\n"}},
-      {"CR LF", "block a\r\n{\r\ntw_msg 1\r\n}\r\n", {"s/a"}, "s/a", {"tw__sb s/a\n", "tw_msg 1\n", "tw__eb\n\n", "\n"}},
+      {"CR LF", "block a\r\n{\r\ntw_msg 1\r\n}\r\n", {"s/a"}, "s/a",
+       {"tw__sb s/a\n", "tw_msg 1\n", "tw__eb\n\n", "\n"}},
       {"CR", "block a\r{\rtw_msg 1\r}\r", {"s/a"}, "s/a", {"tw__sb s/a\n", "tw_msg 1\n", "tw__eb\n\n", "\n"}},
       {"missing braces close at the end", "block a\n{\ntw_msg 1\n{\ntw_msg 2\n", {"s.b2", "s/a"}, "s/a",
        {"tw__sb s/a\n", "tw_msg 1\n", "tw__db s.b2\n", "tw__eb\n\n", "\n"}},
@@ -79,6 +80,9 @@ TEST(ScriptReader, CompiledBlocksAndLines) {
     ASSERT_NE(block, nullptr) << c.why;
     EXPECT_EQ(LinesOf(block), c.lines) << c.why;
     EXPECT_EQ(size_t(block->lineCount), c.lines.size() - 1) << c.why;
+    LineHandle handle = block->firstLine->handle;
+    script.reset();
+    EXPECT_EQ(g_lineHandles.Get(handle), nullptr) << c.why;  // released lines give their handles up
   }
 }
 
@@ -104,11 +108,6 @@ TEST(ScriptReader, LimitsOfTheText) {
   auto longName = Compile("block " + std::string(150, 'n') + "\n{\n}\n");
   EXPECT_NE(Find(*longName, "s/" + std::string(MAX_SECTION_NAME - 1, 'n')), nullptr);
   EXPECT_TRUE(capture.Contains("Section name too long"));
-}
-
-TEST(ScriptReader, ReleasedLinesGiveTheirHandlesUp) {
-  LineHandle handle = Compile("block a\n{\ntw_msg 1\n}\n")->firstBlock->firstLine->handle;
-  EXPECT_EQ(g_lineHandles.Get(handle), nullptr);
 }
 
 }  // namespace

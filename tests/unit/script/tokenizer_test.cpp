@@ -55,12 +55,12 @@ TEST(CmdTokenize, CountsAndRawArgs) {
   const struct {
     const char* line;
     int argc;
-    const char* args;  // null where Args() must be null
+    const char* args;  // "<null>" where Args() must be null
     const char* argv1;
   } cases[] = {
-      {"", 0, nullptr, ""},
-      {"   \t ", 0, nullptr, ""},
-      {"tw_xset", 1, nullptr, ""},
+      {"", 0, "<null>", ""},
+      {"   \t ", 0, "<null>", ""},
+      {"tw_xset", 1, "<null>", ""},
       {"tw_xset   x \"a b\" // c", 3, "x \"a b\" // c", "x"},
       {"cmd \"\"", 2, "\"\"", ""},
       {"tw_msg hi // note", 2, "hi // note", "hi"},
@@ -70,11 +70,7 @@ TEST(CmdTokenize, CountsAndRawArgs) {
   for (const auto& c : cases) {
     auto args = Tokenize(c.line);
     EXPECT_EQ(args->Argc(), c.argc) << c.line;
-    if (c.args) {
-      EXPECT_STREQ(args->Args(), c.args) << c.line;
-    } else {
-      EXPECT_EQ(args->Args(), nullptr) << c.line;
-    }
+    EXPECT_STREQ(args->Args() ? args->Args() : "<null>", c.args) << c.line;
     EXPECT_STREQ(args->Argv(1), c.argv1) << c.line;
     EXPECT_STREQ(args->Argv(-1), "") << c.line;
     EXPECT_STREQ(args->Argv(80), "") << c.line;
