@@ -4,32 +4,17 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
+#include "bench_server.h"
 #include "igameevents.h"
-#include "standin.h"
-#include "tier0.h"
-
-extern "C" void* CreateInterface(const char* name, int* returnCode);
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kEventsPerRound = 1000;
 constexpr int kCrowd = 20;
 
 CStandIn* s_server = nullptr;
-
-void Quiet(SpewType_t, const char*) {}
-
-void WriteScript(const fs::path& game, const std::string& name, const std::string& text) {
-  fs::path path = game / "addons/tidewright" / name / ("tw_" + name + ".txt");
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << text;
-}
 
 std::string Listener(const char* event) {
   return std::string("event ") + event + "\n{\ntw_xset bench_x 1\n}\n";
@@ -39,30 +24,15 @@ std::string Listener(const char* event) {
 // player_hurt, twenty hear player_death.
 CStandIn& Prepared() {
   if (s_server) return *s_server;
-  SpewOutputFunc(Quiet);
-  const char* tmp = getenv("TMPDIR");
-  std::string pattern = std::string(tmp && tmp[0] ? tmp : "/tmp") + "/tw-bench-XXXXXX";
-  if (!mkdtemp(pattern.data())) abort();
-  // The server lives until the process ends, as the plugin's globals point into it; its folder goes at exit.
-  static fs::path root = pattern;
-  atexit([] {
-    std::error_code ignored;
-    fs::remove_all(root, ignored);
-  });
-  fs::copy(fs::path(TW_SOURCE_DIR) / "demo", root, fs::copy_options::recursive);
-  fs::path game = root / "game";
-  WriteScript(game, "solo", Listener("player_hurt"));
+  bench::fs::path game = bench::CopyDemo();
+  bench::WriteScript(game, "solo", Listener("player_hurt"));
   std::string loads = "tw_xset bench_x 0;tw_xload solo";
   for (int i = 0; i < kCrowd; ++i) {
     std::string name = "crowd" + std::to_string(i);
-    WriteScript(game, name, Listener("player_death"));
+    bench::WriteScript(game, name, Listener("player_death"));
     loads += ";tw_xload " + name;
   }
-
-  StandInConfig config;
-  config.gameDir = game.string();
-  s_server = new CStandIn(config);
-  s_server->Start(&CreateInterface, "tidewright");
+  s_server = bench::StartServer(game);
   s_server->RunLine(loads.c_str());
   return *s_server;
 }

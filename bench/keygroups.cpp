@@ -3,29 +3,20 @@
 // those 10,000 keys, whose every step is a command through the engine's buffer.
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 
 #include "KeyValues.h"
+#include "bench_server.h"
 #include "host/console.h"
 #include "keygroups/keygroups.h"
-#include "standin.h"
-#include "tier0.h"
-
-extern "C" void* CreateInterface(const char* name, int* returnCode);
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kKeys = 10000;
 constexpr int kValuesPerKey = 10;
 
 CStandIn* s_server = nullptr;
-fs::path s_game;
-
-void Quiet(SpewType_t, const char*) {}
+bench::fs::path s_game;
 
 // The group "bench" of kKeys keys, each with kValuesPerKey text values, built in the tree directly.
 void FillBenchGroup() {
@@ -40,28 +31,14 @@ void FillBenchGroup() {
 // A stand-in server on a copy of demo/, with the real plugin and the bench group in its tree.
 CStandIn& Prepared() {
   if (s_server) return *s_server;
-  SpewOutputFunc(Quiet);
-  const char* tmp = getenv("TMPDIR");
-  std::string pattern = std::string(tmp && tmp[0] ? tmp : "/tmp") + "/tw-bench-XXXXXX";
-  if (!mkdtemp(pattern.data())) abort();
-  // The server lives until the process ends, as the plugin's globals point into it; its folder goes at exit.
-  static fs::path root = pattern;
-  atexit([] {
-    std::error_code ignored;
-    fs::remove_all(root, ignored);
-  });
-  fs::copy(fs::path(TW_SOURCE_DIR) / "demo", root, fs::copy_options::recursive);
-  s_game = root / "game";
-  StandInConfig config;
-  config.gameDir = s_game.string();
-  s_server = new CStandIn(config);
-  s_server->Start(&CreateInterface, "tidewright");
+  s_game = bench::CopyDemo();
+  s_server = bench::StartServer(s_game);
   FillBenchGroup();
   s_server->RunLine("tw_xset bench_key \"\";tw_xset bench_x 0");
   return *s_server;
 }
 
-int64_t BenchFileSize() { return int64_t(fs::file_size(s_game / "cfg/tw_bench_db.txt")); }
+int64_t BenchFileSize() { return int64_t(bench::fs::file_size(s_game / "cfg/tw_bench_db.txt")); }
 
 void BM_KeyGroupSave(benchmark::State& state) {
   CStandIn& server = Prepared();

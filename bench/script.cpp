@@ -3,20 +3,13 @@
 // must grow with depth only.
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
+#include "bench_server.h"
 #include "language/doors.h"
 #include "script/machine.h"
-#include "standin.h"
-
-extern "C" void* CreateInterface(const char* name, int* returnCode);
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kLinesPerBlock = 1000;
 constexpr int kChainDepth = 100000;
@@ -33,45 +26,22 @@ void DepthProbe_f() {
 const PlainCommandRow kBenchCommands[] = {{"twbench_depth_probe", DepthProbe_f, "Benchmark: measures the depth."}};
 const CommandTable s_benchCommands(kBenchCommands);
 
-void Quiet(SpewType_t, const char*) {}
-
-void WriteScript(const fs::path& game, const std::string& name, const std::string& text) {
-  fs::path path = game / "addons/tidewright" / name / ("tw_" + name + ".txt");
-  fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << text;
-}
-
 // A stand-in server on a copy of demo/, with the real plugin and the benchmark scripts loaded.
 CStandIn& Prepared() {
   if (s_server) return *s_server;
-  SpewOutputFunc(Quiet);
-  const char* tmp = getenv("TMPDIR");
-  std::string pattern = std::string(tmp && tmp[0] ? tmp : "/tmp") + "/tw-bench-XXXXXX";
-  if (!mkdtemp(pattern.data())) abort();
-  // The server lives until the process ends, as the plugin's globals point into it; its folder goes at exit.
-  static fs::path root = pattern;
-  atexit([] {
-    std::error_code ignored;
-    fs::remove_all(root, ignored);
-  });
-  fs::copy(fs::path(TW_SOURCE_DIR) / "demo", root, fs::copy_options::recursive);
-  fs::path game = root / "game";
+  bench::fs::path game = bench::CopyDemo();
   std::string plain = "block plain\n{\n", expanded = "block expanded\n{\n";
   for (int i = 0; i < kLinesPerBlock; ++i) {
     plain += "tw_xset bench_x 1\n";
     expanded += "tw_set bench_x server_var(bench_y)\n";
   }
-  WriteScript(game, "bench", plain + "}\n" + expanded + "}\n");
+  bench::WriteScript(game, "bench", plain + "}\n" + expanded + "}\n");
   std::string chain;
   for (int i = 0; i < kChainDepth; ++i)
     chain += "block b" + std::to_string(i) + "\n{\ntw_xdoblock chain/b" + std::to_string(i + 1) + "\n}\n";
   chain += "block b" + std::to_string(kChainDepth) + "\n{\ntwbench_depth_probe\n}\n";
-  WriteScript(game, "chain", chain);
-
-  StandInConfig config;
-  config.gameDir = game.string();
-  s_server = new CStandIn(config);
-  s_server->Start(&CreateInterface, "tidewright");
+  bench::WriteScript(game, "chain", chain);
+  s_server = bench::StartServer(game);
   s_server->RunLine("tw_xset bench_x 0;tw_xset bench_y 1;tw_xload bench;tw_xload chain");
   return *s_server;
 }

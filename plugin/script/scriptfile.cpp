@@ -174,9 +174,8 @@ CBlock* CScript::OpenBlock(const char* sectionName, bool isEvent) {
 }
 
 void CScript::AppendBlock(CBlock* block) {
-  CBlock** tail = &firstBlock;
-  while (*tail) tail = &(*tail)->next;
-  *tail = block;
+  *blockTail = block;
+  blockTail = &block->next;
 }
 
 // Reads one section behind its opening brace. Nested braces open anonymous blocks; each closed block

@@ -89,6 +89,7 @@ public:
 
 private:
   struct Reader;
+  CBlock** blockTail = &firstBlock;  // where the next closed block joins the list: loading stays linear
   void CreateBlocks(Reader& reader, bool isEvent, const char* sectionName);
   CBlock* OpenBlock(const char* sectionName, bool isEvent);
   void AppendBlock(CBlock* block);

@@ -1,128 +1,81 @@
 // Expansion: the value rules, quoting of values and literals, escape characters, protected variables,
-// nested forms, malformed forms, the buffer limit, and the commands tw, twnq and tw_xnq.
+// nested forms, event variables, malformed forms and the buffer limit. The commands tw, twnq and tw_xnq
+// run in the language_doors scenario.
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "gameevents.h"
 #include "language_fixture.h"
 
 namespace {
 
 class ExpansionTest : public LanguageTest {};
 
-TEST_F(ExpansionTest, NumbersTakeTheirIntegerFormWhenWhole) {
-  const char* cases[][2] = {{"1.5", "1.5"}, {"5.000", "5"}, {"007", "7"},   {"-3", "-3"},
-                            {"abc", "abc"}, {"1e3", "1"},   {"0x10", "0x10"}, {"", "0"}};
-  for (auto& c : cases) {
-    Set("ev_value", c[0]);
-    EXPECT_EQ(Expand("server_var(ev_value)"), std::string(c[1]) + "\n") << c[0];
+TEST_F(ExpansionTest, ValuesAndLiterals) {
+  Set("ev_target", "42");
+  Set("ev target", "42");
+  const struct {
+    const char* value;  // of ev_v
+    const char* text;
+    const char* expanded;
+  } cases[] = {
+      // Numbers take their integer form when whole; a missing or empty variable is 0.
+      {"1.5", "server_var(ev_v)", "1.5"}, {"5.000", "server_var(ev_v)", "5"}, {"007", "server_var(ev_v)", "7"},
+      {"-3", "server_var(ev_v)", "-3"}, {"abc", "server_var(ev_v)", "abc"}, {"1e3", "server_var(ev_v)", "1"},
+      {"0x10", "server_var(ev_v)", "0x10"}, {"", "server_var(ev_v)", "0"}, {"x", "server_var(ev_nowhere)", "0"},
+      // A value with a blank or "//" is quoted; double quotes become backticks.
+      {"a b", "server_var(ev_v)", "\"a b\""}, {"say \"hi\"", "server_var(ev_v)", "\"say `hi`\""},
+      {"\"hi\"", "server_var(ev_v)", "`hi`"}, {"\"", "server_var(ev_v)", "`"}, {"a//b", "server_var(ev_v)", "\"a//b\""},
+      // The keyword ignores case, the name follows the lookup; nothing inside quotes expands.
+      {"7", "SERVER_VAR(EV_V)", "7"}, {"1", "\"server_var(ev_v)\"", "\"server_var(ev_v)\""},
+      // Literals: only a semicolon or escaped words stay quoted; no token stands between the blanks of "".
+      {"x", "\";\"", "\";\""}, {"x", "a:b ( x", "a : b ( x"}, {"x", "\"two words\"", "\"two words\""},
+      {"x", "a \"\" b", "a  b"},
+      // Nested forms look up by value; a quoted inner value fails the outer lookup.
+      {"ev_target", "server_var(server_var(ev_v))", "42"}, {"ev target", "server_var(server_var(ev_v))", "0"},
+  };
+  for (const auto& c : cases) {
+    Set("ev_v", c.value);
+    EXPECT_EQ(Expand(c.text), std::string(c.expanded) + "\n") << c.value << " in " << c.text;
   }
 }
 
-TEST_F(ExpansionTest, MissingVariableIsZeroWithAWarning) {
-  EXPECT_EQ(Expand("server_var(ev_nowhere)"), "0\n");
-  tidewright_debug.SetValue(1);
-  EXPECT_NE(Run("tw echo server_var(ev_nowhere)").find("WARNING: Couldn't find server variable: ev_nowhere\n"),
-            std::string::npos);
-}
-
-TEST_F(ExpansionTest, EmptyVariableIsZeroWithoutAWarning) {
-  Set("ev_empty", "");
-  tidewright_debug.SetValue(1);
-  EXPECT_EQ(Expand("server_var(ev_empty)"), "0\n");
-}
-
-TEST_F(ExpansionTest, ValueWithABlankIsQuoted) {
-  Set("ev_words", "a b");
-  EXPECT_EQ(Expand("server_var(ev_words)"), "\"a b\"\n");
-  Run("tw tw_xset ev_copy server_var(ev_words)");
-  EXPECT_EQ(Var("ev_copy"), "a b");
-}
-
-TEST_F(ExpansionTest, WithoutEscapeCharactersAValueSplits) {
-  Set("ev_words", "a b");
-  tidewright_escapechars.SetValue("");
-  EXPECT_EQ(Expand("server_var(ev_words)"), "a b\n");
-}
-
-TEST_F(ExpansionTest, DoubleQuotesInValuesBecomeBackticks) {
-  Set("ev_say", "say \"hi\"");
-  EXPECT_EQ(Expand("server_var(ev_say)"), "\"say `hi`\"\n");
-  Set("ev_hi", "\"hi\"");
-  EXPECT_EQ(Expand("server_var(ev_hi)"), "`hi`\n");
-}
-
-TEST_F(ExpansionTest, QuoteVariableExpandsToABacktick) {
-  Set("ev_quote", "\"");
-  EXPECT_EQ(Expand("server_var(ev_quote)"), "`\n");
-}
-
-TEST_F(ExpansionTest, DoubleSlashIsQuotedWhateverTheEscapeCharacters) {
-  Set("ev_slashes", "a//b");
-  EXPECT_EQ(Expand("server_var(ev_slashes)"), "\"a//b\"\n");
-  tidewright_escapechars.SetValue("");
-  EXPECT_EQ(Expand("server_var(ev_slashes)"), "\"a//b\"\n");
-}
-
-TEST_F(ExpansionTest, ProtectedVariableShowsNoValue) {
+TEST_F(ExpansionTest, EscapeCharactersAndProtectedVariables) {
   Set("ev_secret", "hunter2");
   FindServerVar("ev_secret")->AddFlags(FCVAR_PROTECTED);
   EXPECT_EQ(Expand("server_var(ev_secret)"), "\"(protected)\"\n");
+  // Without escape characters a value splits, but "//" is quoted still.
+  Set("ev_words", "a b");
+  Set("ev_slashes", "a//b");
+  tidewright_escapechars.SetValue("");
+  EXPECT_EQ(Expand("server_var(ev_words)"), "a b\n");
+  EXPECT_EQ(Expand("server_var(ev_slashes)"), "\"a//b\"\n");
 }
 
-TEST_F(ExpansionTest, KeywordIgnoresCaseAndNameFollowsTheLookup) {
-  Set("ev_case", "7");
-  EXPECT_EQ(Expand("SERVER_VAR(EV_CASE)"), "7\n");
-}
-
-TEST_F(ExpansionTest, NothingInsideQuotesExpands) {
-  Set("ev_x", "1");
-  EXPECT_EQ(Expand("\"server_var(ev_x)\""), "\"server_var(ev_x)\"\n");
-}
-
-TEST_F(ExpansionTest, LiteralRuleQuotesSemicolonAndEscapedWordsOnly) {
-  EXPECT_EQ(Expand("\";\""), "\";\"\n");
-  EXPECT_EQ(Expand("a:b ( x"), "a : b ( x\n");
-  EXPECT_EQ(Expand("\"two words\""), "\"two words\"\n");
-}
-
-TEST_F(ExpansionTest, EmptyQuotedArgumentVanishes) {
-  std::string out = Run("tw_set ev_y \"\"");
-  EXPECT_EQ(out, "Syntax: tw_set <key> <value> [description]\n");
-  EXPECT_EQ(Expand("a \"\" b"), "a  b\n");  // no token stands between the blanks
-}
-
-TEST_F(ExpansionTest, NestedFormsLookUpByValue) {
-  Set("ev_inner", "ev_target");
-  Set("ev_target", "42");
-  EXPECT_EQ(Expand("server_var(server_var(ev_inner))"), "42\n");
-}
-
-TEST_F(ExpansionTest, QuotedInnerValueMakesTheOuterLookupFail) {
-  Set("ev_inner", "ev target");
-  Set("ev target", "42");
-  EXPECT_EQ(Expand("server_var(server_var(ev_inner))"), "0\n");
+TEST_F(ExpansionTest, OnlyAMissingVariableWarns) {
+  Set("ev_empty", "");
+  tidewright_debug.SetValue(1);
+  std::string out = Run("tw echo server_var(ev_nowhere) server_var(ev_empty)");
+  EXPECT_NE(out.find("WARNING: Couldn't find server variable: ev_nowhere\n"), std::string::npos) << out;
+  EXPECT_EQ(out.find("ev_empty"), std::string::npos) << out;
 }
 
 TEST_F(ExpansionTest, EventVariablesComeFromTheCurrentEvent) {
   EXPECT_EQ(Expand("event_var(userid)"), "0\n");
-  FakeEvent event("player_death");
-  event.keys["userid"] = "12";
-  event.keys["weapon"] = "";
-  event.keys["name"] = "Big \"Bob\"";
-  g_currentEvent = &event;
-  EXPECT_EQ(Expand("event_var(userid)"), "12\n");
-  EXPECT_EQ(Expand("event_var(weapon)"), "0\n");
-  EXPECT_EQ(Expand("event_var(missing)"), "0\n");
-  EXPECT_EQ(Expand("event_var(name)"), "\"Big `Bob`\"\n");
-}
-
-TEST_F(ExpansionTest, EventVariableNamedByAServerVariable) {
-  FakeEvent event("e");
-  event.keys["attacker"] = "3";
+  EventDescriptor death;
+  death.name = "player_death";
+  CGameEvent event(&death);
+  for (auto [key, value] : {std::pair{"userid", "12"}, {"weapon", ""}, {"name", "Big \"Bob\""}, {"attacker", "3"}})
+    event.SetString(key, value);
   g_currentEvent = &event;
   Set("ev_key", "attacker");
-  EXPECT_EQ(Expand("event_var(server_var(ev_key))"), "3\n");
+  const char* cases[][2] = {{"event_var(userid)", "12\n"},
+                            {"event_var(weapon)", "0\n"},
+                            {"event_var(missing)", "0\n"},
+                            {"event_var(name)", "\"Big `Bob`\"\n"},
+                            {"event_var(server_var(ev_key))", "3\n"}};
+  for (auto& c : cases) EXPECT_EQ(Expand(c[0]), c[1]) << c[0];
 }
 
 TEST_F(ExpansionTest, MalformedFormsFailTheWholeLine) {
@@ -136,50 +89,17 @@ TEST_F(ExpansionTest, MalformedFormsFailTheWholeLine) {
   }
 }
 
-TEST_F(ExpansionTest, ValueThatWouldPassTheBufferFailsTheLine) {
+TEST_F(ExpansionTest, NothingThatWouldPassTheBufferRuns) {
   Set("ev_long", (std::string(2046, 'v') + " ").c_str());
   std::string out = Run("tw echo server_var(ev_long)");
   EXPECT_NE(out.find("ParseCommand: Error in string format.\n"), std::string::npos);
   EXPECT_EQ(out.find("vvvv"), std::string::npos);
-}
-
-TEST_F(ExpansionTest, LineThatWouldPassTheBufferFails) {
-  Set("ev_kilo", std::string(1000, 'k').c_str());
-  std::string out = Run("tw echo server_var(ev_kilo) server_var(ev_kilo) server_var(ev_kilo)");
+  const std::string kilo(1000, 'k');
+  Set("ev_kilo", kilo.c_str());
+  out = Run("tw echo server_var(ev_kilo) server_var(ev_kilo) server_var(ev_kilo)");
   EXPECT_NE(out.find("Error in string format."), std::string::npos);
   EXPECT_EQ(out.find("kkkk"), std::string::npos);
-  const std::string kilo(1000, 'k');
   EXPECT_EQ(Expand("server_var(ev_kilo) server_var(ev_kilo)"), kilo + " " + kilo + "\n");
-}
-
-TEST_F(ExpansionTest, TwNeedsACommandString) {
-  EXPECT_EQ(Run("tw"), "tw: Please provide a command string.\n");
-  EXPECT_EQ(Var("tidewright_lasterror"), "No arguments provided.");
-  EXPECT_EQ(Run("twnq"), "twnq: Please provide a command string.\n");
-  EXPECT_EQ(Run("tw_xnq"), "tw_xnq: Please provide a command string.\n");
-  EXPECT_EQ(Var("tidewright_lasterror"), "No command string provided.");
-}
-
-TEST_F(ExpansionTest, TwnqRemovesQuotesUnlessASemicolonStands) {
-  Set("ev_words", "a b");
-  EXPECT_EQ(LogOf(Run("twnq tw_xlogq server_var(ev_words)")), "a b\n");
-  std::string out = Run("twnq tw_xlogq \"a;b\"");
-  EXPECT_NE(out.find("WARNING: twnq: Quotes not stripped because command-line contained a semicolon.\n"),
-            std::string::npos);
-  EXPECT_EQ(LogOf(out), "\"a;b\"\n");
-}
-
-TEST_F(ExpansionTest, XnqSplitsAtASemicolonInQuotes) { EXPECT_EQ(Run("tw_xnq echo \"a;echo b\""), "a\nb\n"); }
-
-TEST_F(ExpansionTest, NestedTwRuns) {
-  Set("ev_x", "5");
-  EXPECT_EQ(Run("tw tw echo server_var(ev_x)"), "5\n");
-}
-
-TEST_F(ExpansionTest, ExpansionInsideAScriptLine) {
-  Set("ev_name", "world");
-  Load("exp", "block a\n{\ntw echo hello server_var(ev_name)\n}\n");
-  EXPECT_EQ(Run("tw_xdoblock exp/a"), "hello world\n");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <Python.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "language/doors.h"
@@ -36,9 +37,15 @@ PyObject* Call(const char* method, PyObject* tuple) {
   return def ? def->ml_meth(nullptr, tuple) : nullptr;
 }
 
-std::string Text(PyObject* object) {
-  if (!object || !PyUnicode_Check(object)) return "<not text>";
-  return PyUnicode_AsUTF8(object);
+// The repr of what tw_C.<method>(*tuple) gives.
+std::string CallRepr(const char* method, PyObject* tuple) {
+  Ref result(Call(method, tuple));
+  Ref repr(result.object ? PyObject_Repr(result) : nullptr);
+  return repr.object ? PyUnicode_AsUTF8(repr) : "<null>";
+}
+
+std::unique_ptr<CommandArgs> Tokenize(PyObject* tuple) {
+  return std::unique_ptr<CommandArgs>(Cmd_TokenizePython("tw_test", tuple));
 }
 
 // ---- rows whose handlers call another binder from inside ----
@@ -53,8 +60,7 @@ void Inner_h(bool expand, bool fromConsole) {
 
 void CallInner() {
   Ref tuple(Py_BuildValue("(s)", "inner argument"));
-  Ref inner(Call("twtest_inner", tuple));
-  EXPECT_EQ(Text(inner), "inner value");
+  EXPECT_EQ(CallRepr("twtest_inner", tuple), "'inner value'");
 }
 
 void OuterReturnsOwnArgument_h(bool expand, bool fromConsole) {
@@ -86,43 +92,33 @@ protected:
 };
 
 TEST_F(PythonDoorTest, TokenizingKeepsItemsWholeAndJoinsThem) {
-  Ref tuple(Py_BuildValue("(sis)", "a b", 5, ""));
-  CommandArgs* args = Cmd_TokenizePython("tw_test", tuple);
+  Ref items(Py_BuildValue("(sis)", "a b", 5, ""));
+  auto args = Tokenize(items);
   EXPECT_EQ(args->Argc(), 4);
   EXPECT_STREQ(args->Argv(0), "tw_test");
   EXPECT_STREQ(args->Argv(1), "a b");
   EXPECT_STREQ(args->Argv(2), "5");
   EXPECT_STREQ(args->Argv(3), "");
   EXPECT_STREQ(args->Args(), "a b 5 ");
-  delete args;
-}
 
-TEST_F(PythonDoorTest, EmptyTupleGivesEmptyArgsNotNull) {
-  Ref tuple(PyTuple_New(0));
-  CommandArgs* args = Cmd_TokenizePython("tw_test", tuple);
-  EXPECT_EQ(args->Argc(), 1);
-  ASSERT_NE(args->Args(), nullptr);
-  EXPECT_STREQ(args->Args(), "");
-  delete args;
-}
+  Ref none(PyTuple_New(0));
+  auto empty = Tokenize(none);
+  EXPECT_EQ(empty->Argc(), 1);
+  ASSERT_NE(empty->Args(), nullptr);  // empty text, not null
+  EXPECT_STREQ(empty->Args(), "");
 
-TEST_F(PythonDoorTest, ItemsBeyondTheLimitStillJoinTheText) {
-  Ref tuple(PyTuple_New(85));
-  for (int i = 0; i < 85; ++i) PyTuple_SET_ITEM(tuple.object, i, PyLong_FromLong(i));
-  CommandArgs* args = Cmd_TokenizePython("tw_test", tuple);
-  EXPECT_EQ(args->Argc(), MAX_COMMAND_TOKENS);
-  EXPECT_STREQ(args->Argv(79), "78");
-  EXPECT_NE(std::string(args->Args()).find(" 84"), std::string::npos);
-  delete args;
-}
-
-TEST_F(PythonDoorTest, JoinedTextStopsAtItsLimit) {
+  // Items beyond the token limit still join the text; the text stops at its own limit.
+  Ref many(PyTuple_New(85));
+  for (int i = 0; i < 85; ++i) PyTuple_SET_ITEM(many.object, i, PyLong_FromLong(i));
+  auto limited = Tokenize(many);
+  EXPECT_EQ(limited->Argc(), MAX_COMMAND_TOKENS);
+  EXPECT_STREQ(limited->Argv(79), "78");
+  EXPECT_NE(std::string(limited->Args()).find(" 84"), std::string::npos);
   std::string big(5000, 'p');
-  Ref tuple(Py_BuildValue("(ss)", big.c_str(), big.c_str()));
-  CommandArgs* args = Cmd_TokenizePython("tw_test", tuple);
-  EXPECT_EQ(strlen(args->Args()), size_t(MAX_PYTHON_ARGS_TEXT - 1));
-  EXPECT_EQ(strlen(args->Argv(2)), big.size());
-  delete args;
+  Ref large(Py_BuildValue("(ss)", big.c_str(), big.c_str()));
+  auto cut = Tokenize(large);
+  EXPECT_EQ(strlen(cut->Args()), size_t(MAX_PYTHON_ARGS_TEXT - 1));
+  EXPECT_EQ(strlen(cut->Argv(2)), big.size());
 }
 
 TEST_F(PythonDoorTest, ItemsWithoutTextAreSkipped) {
@@ -134,12 +130,11 @@ TEST_F(PythonDoorTest, ItemsWithoutTextAreSkipped) {
   PyObject* surrogate = PyObject_GetAttrString(module, "surrogate");
   Ref tuple(Py_BuildValue("(NsN)", bad, "kept", surrogate));
   OutputCapture capture;
-  CommandArgs* args = Cmd_TokenizePython("tw_test", tuple);
+  auto args = Tokenize(tuple);
   EXPECT_EQ(args->Argc(), 2);
   EXPECT_STREQ(args->Argv(1), "kept");
   EXPECT_EQ(capture.Text(), "Cmd_TokenizePython: ERROR with parsing tw_test on arg 2");
   EXPECT_FALSE(PyErr_Occurred());
-  delete args;
 }
 
 TEST_F(PythonDoorTest, MethodTableHoldsBindersWithTheXTwinsHelp) {
@@ -152,78 +147,48 @@ TEST_F(PythonDoorTest, MethodTableHoldsBindersWithTheXTwinsHelp) {
   EXPECT_EQ(TwMethods()[TwMethodCount()].ml_name, nullptr);
 }
 
-TEST_F(PythonDoorTest, CommandWithoutValueReturnsNoneAndSetsNoUsage) {
+TEST_F(PythonDoorTest, BindersReturnValuesInsteadOfStoringThem) {
+  Set("py_source", "5");
   OutputCapture capture;
-  Ref tuple(Py_BuildValue("(s)", "py_set_only_name"));
-  Ref result(Call("set", tuple));
-  EXPECT_EQ(result.object, Py_None);
+  Ref nameOnly(Py_BuildValue("(s)", "py_set_only_name"));
+  EXPECT_EQ(CallRepr("set", nameOnly), "None");  // no usage line either
   EXPECT_EQ(Var("py_set_only_name"), "");
-  EXPECT_EQ(capture.Text(), "");
-}
-
-TEST_F(PythonDoorTest, ValueCommandReturnsTheValueAndLeavesVariablesAlone) {
-  Ref tuple(Py_BuildValue("(iii)", 1, 2, 3));
-  Ref result(Call("createvectorstring", tuple));
-  EXPECT_EQ(Text(result), "1.000000,2.000000,3.000000");
+  Ref unexpanded(Py_BuildValue("(ss)", "py_target", "server_var(py_source)"));
+  EXPECT_EQ(CallRepr("set", unexpanded), "None");
+  EXPECT_EQ(Var("py_target"), "server_var(py_source)");
+  // The outermost record stays until the next call.
+  ASSERT_NE(g_currentArgs, nullptr);
+  EXPECT_STREQ(g_currentArgs->Argv(0), "tw_set");
+  EXPECT_STREQ(g_currentArgs->Argv(1), "py_target");
+  Ref numbers(Py_BuildValue("(iii)", 1, 2, 3));
+  EXPECT_EQ(CallRepr("createvectorstring", numbers), "'1.000000,2.000000,3.000000'");
   EXPECT_EQ(FindServerVar("1"), nullptr);
-}
-
-TEST_F(PythonDoorTest, SplitReturnsThreeFloats) {
-  Ref tuple(Py_BuildValue("(s)", "1,2,3"));
-  Ref result(Call("splitvectorstring", tuple));
-  ASSERT_TRUE(result.object && PyTuple_Check(result.object));
-  EXPECT_EQ(PyTuple_GET_SIZE(result.object), 3);
-  EXPECT_DOUBLE_EQ(PyFloat_AsDouble(PyTuple_GET_ITEM(result.object, 2)), 3.0);
+  Ref vector(Py_BuildValue("(s)", "1,2,3"));
+  EXPECT_EQ(CallRepr("splitvectorstring", vector), "(1.0, 2.0, 3.0)");
+  EXPECT_EQ(capture.Text(), "");
 }
 
 TEST_F(PythonDoorTest, BlockArgumentsFromPython) {
   Ref empty(PyTuple_New(0));
-  {
-    Ref none(Call("getargs", empty));
-    EXPECT_EQ(none.object, Py_None);  // the initial record holds no tokens
-    Ref count(Call("getargc", empty));
-    EXPECT_EQ(PyLong_AsLong(count), 0);
-  }
+  EXPECT_EQ(CallRepr("getargs", empty), "None");  // the initial record holds no tokens
+  EXPECT_EQ(CallRepr("getargc", empty), "0");
   g_scriptMachine.PushArgs("first \"second item\"");
   Ref index(Py_BuildValue("(i)", 1));
-  Ref second(Call("getargv", index));
-  EXPECT_EQ(Text(second), "second item");
-  Ref count(Call("getargc", empty));
-  EXPECT_EQ(PyLong_AsLong(count), 2);
+  EXPECT_EQ(CallRepr("getargv", index), "'second item'");
+  EXPECT_EQ(CallRepr("getargc", empty), "2");
   g_scriptMachine.argsPending = 0;
   g_scriptMachine.EndBlock();
 }
 
-TEST_F(PythonDoorTest, NestedBinderKeepsTheOuterRecord) {
+TEST_F(PythonDoorTest, NestedBinderKeepsTheOuterRecordAndResult) {
   Ref tuple(Py_BuildValue("(s)", "outer argument"));
-  Ref result(Call("twtest_outer", tuple));
+  EXPECT_EQ(CallRepr("twtest_outer", tuple), "'outer argument'");
   EXPECT_EQ(s_innerSawArgv1, "inner argument");
   EXPECT_EQ(s_outerSawArgv1, "outer argument");
-  EXPECT_EQ(Text(result), "outer argument");
-}
-
-TEST_F(PythonDoorTest, OuterBinderNeverReturnsTheInnerResult) {
   Ref none(PyTuple_New(0));
-  Ref result(Call("twtest_outer_none", none));
-  EXPECT_EQ(result.object, Py_None);
-  Ref first(Call("twtest_outer_first", none));
-  EXPECT_EQ(Text(first), "outer first");
+  EXPECT_EQ(CallRepr("twtest_outer_none", none), "None");
+  EXPECT_EQ(CallRepr("twtest_outer_first", none), "'outer first'");
   EXPECT_EQ(TakeResult(), nullptr);
-}
-
-TEST_F(PythonDoorTest, OutermostRecordStaysUntilTheNextCall) {
-  Ref tuple(Py_BuildValue("(ss)", "py_left", "value"));
-  Ref result(Call("set", tuple));
-  ASSERT_NE(g_currentArgs, nullptr);
-  EXPECT_STREQ(g_currentArgs->Argv(0), "tw_set");
-  EXPECT_STREQ(g_currentArgs->Argv(1), "py_left");
-}
-
-TEST_F(PythonDoorTest, BinderDoesNotExpand) {
-  Set("py_source", "5");
-  Ref tuple(Py_BuildValue("(ss)", "py_target", "server_var(py_source)"));
-  Ref result(Call("set", tuple));
-  EXPECT_EQ(Var("py_target"), "server_var(py_source)");
 }
 
 }  // namespace

@@ -12,22 +12,12 @@
 
 namespace {
 
-// Texts made of the pieces that the parsers treat specially, with a fixed seed so that a failure repeats.
-class TextSource {
-public:
-  explicit TextSource(unsigned seed) : m_random(seed) {}
-
-  std::string Make(const std::vector<std::string>& pieces, size_t maxPieces) {
-    std::string text;
-    size_t count = m_random() % maxPieces;
-    for (size_t i = 0; i < count; ++i) text += pieces[m_random() % pieces.size()];
-    return text;
-  }
-  std::string Long(char c) { return std::string(m_random() % 4000, c); }
-
-private:
-  std::mt19937 m_random;
-};
+// A text of up to `maxPieces` pieces that the parsers treat specially; a fixed seed makes a failure repeat.
+std::string Make(std::mt19937& random, const std::vector<std::string>& pieces, size_t maxPieces) {
+  std::string text;
+  for (size_t count = random() % maxPieces; count; --count) text += pieces[random() % pieces.size()];
+  return text;
+}
 
 const std::vector<std::string> kScriptPieces = {
     "block ", "event ", "{", "}", "\n", "\r\n", "\r", " ", "\t", "//", "/*", "*/", "\"", "x", "name", "tw_xset a 1",
@@ -41,11 +31,11 @@ const std::vector<std::string> kExpansionPieces = {" ",  "server_var", "event_va
 class FuzzTest : public ScriptTest {};
 
 TEST_F(FuzzTest, ScriptReaderTakesAnyText) {
-  TextSource source(20240611);
+  std::mt19937 random(20240611);
   CScriptRegistry& registry = g_scriptMachine.registry;
   for (int i = 0; i < 400; ++i) {
-    std::string text = source.Make(kScriptPieces, 120);
-    if (i % 50 == 0) text += "block long\n{\n" + source.Long('y') + "\n}\n";
+    std::string text = Make(random, kScriptPieces, 120);
+    if (i % 50 == 0) text += "block long\n{\n" + std::string(random() % 4000, 'y') + "\n}\n";
     std::string name = "fuzz" + std::to_string(i % 7);
     CScript* script = new CScript(name.c_str());
     script->ParseBuffer(text.data(), text.size());
@@ -62,9 +52,9 @@ TEST_F(FuzzTest, ScriptReaderTakesAnyText) {
 }
 
 TEST_F(FuzzTest, TokenizerTakesAnyLine) {
-  TextSource source(7);
+  std::mt19937 random(7);
   for (int i = 0; i < 2000; ++i) {
-    std::string line = source.Make(kLinePieces, 200);
+    std::string line = Make(random, kLinePieces, 200);
     CommandArgs* args = Cmd_Tokenize(line.c_str());
     ASSERT_LE(args->Argc(), MAX_COMMAND_TOKENS);
     for (int t = 0; t < args->Argc(); ++t) ASSERT_LT(strlen(args->Argv(t)), size_t(MAX_TOKEN_CHARS));
@@ -73,11 +63,11 @@ TEST_F(FuzzTest, TokenizerTakesAnyLine) {
 }
 
 TEST_F(FuzzTest, ExpansionTakesAnyTokens) {
-  TextSource source(99);
+  std::mt19937 random(99);
   SetVarText("fz_var", "value with blanks", true);
   SetVarText("fz_ref", "fz_var", true);
   for (int i = 0; i < 300; ++i) {
-    std::string text = source.Make(kExpansionPieces, 40);
+    std::string text = Make(random, kExpansionPieces, 40);
     Run("tw tw_xlogq " + text);
     Run("tw_set fz_out " + text);
   }

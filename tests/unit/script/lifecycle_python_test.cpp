@@ -18,92 +18,68 @@ extern "C" __attribute__((visibility("default"))) const char* __lsan_default_sup
 
 namespace {
 
-// Owns one new reference for the length of a test.
-struct Ref {
-  PyObject* object;
-  explicit Ref(PyObject* o) : object(o) {}
-  ~Ref() { Py_XDECREF(object); }
-  Ref(const Ref&) = delete;
-  Ref& operator=(const Ref&) = delete;
-  operator PyObject*() const { return object; }
-};
-
 class LifecyclePythonTest : public ScriptTest {
 protected:
   static void SetUpTestSuite() {
     if (!Py_IsInitialized()) Py_Initialize();
   }
-  // Calls tw_C.<method>(*items) and gives the result; everything it queued has run by then, its output in `out`.
-  static PyObject* Call(const char* method, PyObject* tuple, std::string* out = nullptr) {
+  // Calls tw_C.<method>(name), or without arguments for a null name, and runs what it queued; gives the
+  // result's repr, the output in `out`.
+  static std::string Call(const char* method, const char* name, std::string* out = nullptr) {
     const PyMethodDef* def = FindTwMethod(method);
-    EXPECT_NE(def, nullptr) << method;
+    if (!def) return "<no method>";
+    PyObject* args = name ? Py_BuildValue("(s)", name) : PyTuple_New(0);
     OutputCapture capture;
-    PyObject* result = def ? def->ml_meth(nullptr, tuple) : nullptr;
+    PyObject* result = def->ml_meth(nullptr, args);
     Standin().Settle();
     if (out) *out = capture.Take();
-    return result;
-  }
-  static std::string CallForOutput(const char* method, PyObject* tuple) {
-    std::string out;
-    Ref result(Call(method, tuple, &out));
-    EXPECT_EQ(result.object, Py_None) << method;
-    return out;
+    PyObject* repr = result ? PyObject_Repr(result) : nullptr;
+    std::string text = repr ? PyUnicode_AsUTF8(repr) : "<null>";
+    Py_XDECREF(repr);
+    Py_XDECREF(result);
+    Py_DECREF(args);
+    return text;
   }
 };
 
-TEST_F(LifecyclePythonTest, LoadWithoutANameLists) {
-  Load("foo", "");
-  Ref none(PyTuple_New(0));
-  EXPECT_EQ(CallForOutput("load", none),
-            "\n[Tidewright] Loaded:\n[Tidewright]   [ enabled] foo\n[Tidewright]------------------------\n\n");
-}
-
-TEST_F(LifecyclePythonTest, LoadAndUnloadByName) {
-  WriteScript("py", "block load\n{\necho py load\n}\nblock unload\n{\necho py unload\n}\n");
-  Ref name(Py_BuildValue("(s)", "py"));
-  EXPECT_EQ(CallForOutput("load", name), "[Tidewright] Loaded py\npy load\n");
-  EXPECT_EQ(CallForOutput("unload", name), "Unloading py...\npy unload\nScript removed: py\n");
-}
-
-TEST_F(LifecyclePythonTest, NameCommandsWithoutANameDoNothing) {
-  Load("foo", "block enable\n{\necho never\n}\nblock disable\n{\necho never\n}\n");
-  Ref none(PyTuple_New(0));
-  for (const char* method : {"unload", "_unload", "reload", "enable", "disable", "_disable"})
-    EXPECT_EQ(CallForOutput(method, none), "") << method;
-  EXPECT_NE(g_scriptMachine.registry.FindScript("foo"), nullptr);
-  EXPECT_TRUE(g_scriptMachine.registry.FindScript("foo")->enabled);
-}
-
-TEST_F(LifecyclePythonTest, DisableAndEnableRunTheirBlocks) {
-  Load("foo", "block enable\n{\necho enable block\n}\nblock disable\n{\necho disable block\n}\n");
-  Ref name(Py_BuildValue("(s)", "foo"));
-  EXPECT_EQ(CallForOutput("disable", name), "Disabling foo...\ndisable block\n");
-  EXPECT_FALSE(g_scriptMachine.registry.FindScript("foo")->enabled);
-  EXPECT_EQ(CallForOutput("enable", name), "Enabling foo...\nenable block\n");
-  EXPECT_TRUE(g_scriptMachine.registry.FindScript("foo")->enabled);
-}
-
-// The dictionary's repr, which lists the entries in insertion order.
-std::string Repr(PyObject* object) {
-  if (!object) return "<null>";
-  Ref text(PyObject_Repr(object));
-  return text.object ? PyUnicode_AsUTF8(text) : "<no repr>";
+TEST_F(LifecyclePythonTest, NameCommandsInTurn) {
+  WriteScript("py", "block load\n{\necho py load\n}\nblock unload\n{\necho py unload\n}\n"
+                    "block enable\n{\necho py enable\n}\nblock disable\n{\necho py disable\n}\n");
+  const char* const kList =
+      "\n[Tidewright] Loaded:\n[Tidewright]   [ enabled] py\n[Tidewright]------------------------\n\n";
+  const struct {
+    const char* method;
+    const char* name;  // null: called without arguments
+    const char* out;
+  } steps[] = {
+      {"load", "py", "[Tidewright] Loaded py\npy load\n"},
+      {"load", nullptr, kList},  // load without a name lists; the others do nothing
+      {"unload", nullptr, ""},
+      {"_unload", nullptr, ""},
+      {"reload", nullptr, ""},
+      {"enable", nullptr, ""},
+      {"disable", nullptr, ""},
+      {"_disable", nullptr, ""},
+      {"load", nullptr, kList},
+      {"disable", "py", "Disabling py...\npy disable\n"},
+      {"enable", "py", "Enabling py...\npy enable\n"},
+      {"unload", "py", "Unloading py...\npy unload\nScript removed: py\n"},
+  };
+  for (const auto& step : steps) {
+    std::string out;
+    EXPECT_EQ(Call(step.method, step.name, &out), "None") << step.method;
+    EXPECT_EQ(out, step.out) << step.method << " " << (step.name ? step.name : "");
+  }
 }
 
 TEST_F(LifecyclePythonTest, ScriptListIsADictionary) {
   Load("py_alpha", "");
   Load("py_beta", "");
   Run("tw_xdisable py_beta");
-  Ref none(PyTuple_New(0));
-  Ref all(Call("createscriptlist", none));
-  EXPECT_EQ(Repr(all),
+  EXPECT_EQ(Call("createscriptlist", nullptr),
             "{'py_alpha': {'status': 'enabled', 'type': 'txt'}, 'py_beta': {'status': 'disabled', 'type': 'txt'}}");
-  Ref name(Py_BuildValue("(s)", "PY_BETA"));
-  Ref one(Call("createscriptlist", name));
-  EXPECT_EQ(Repr(one), "{'py_beta': {'status': 'disabled', 'type': 'txt'}}");
-  Ref ghost(Py_BuildValue("(s)", "ghost"));
-  Ref empty(Call("createscriptlist", ghost));
-  EXPECT_EQ(Repr(empty), "{}");
+  EXPECT_EQ(Call("createscriptlist", "PY_BETA"), "{'py_beta': {'status': 'disabled', 'type': 'txt'}}");
+  EXPECT_EQ(Call("createscriptlist", "ghost"), "{}");
   EXPECT_EQ(FindGroup("PY_BETA", false), nullptr);
 }
 

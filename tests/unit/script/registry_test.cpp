@@ -2,13 +2,16 @@
 // block handles that never name another block after a removal.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "script_fixture.h"
 
 namespace {
+
+using Names = std::vector<std::string>;
 
 class RegistryTest : public ScriptTest {
 protected:
@@ -24,8 +27,8 @@ protected:
     return script;
   }
   // The scripts of an event's chain, head to tail, checked in both directions.
-  std::vector<std::string> Chain(const char* event) {
-    std::vector<std::string> names;
+  Names Chain(const char* event) {
+    Names names;
     CBlock* previous = nullptr;
     for (CBlock* b = registry.GetEventHead(event); b; b = b->nextEvent) {
       EXPECT_EQ(b->prevEvent, previous);
@@ -34,66 +37,43 @@ protected:
     }
     return names;
   }
-  void AddThree() {
-    for (const char* name : {"A", "B", "C"}) Add(name, "event spawn\n{\ntw_msg x\n}\nblock b\n{\n}\n");
+  static std::string De(BlockHandle handle) {
+    char text[32];
+    snprintf(text, sizeof text, "tw__de %llx;", static_cast<unsigned long long>(handle));
+    return text;
   }
 };
 
-using Names = std::vector<std::string>;
-
-TEST_F(RegistryTest, ChainFollowsLoadOrder) {
-  AddThree();
-  EXPECT_EQ(Chain("spawn"), (Names{"A", "B", "C"}));
+TEST_F(RegistryTest, RemovalsInEveryPositionKeepTheChainLinked) {
+  // Steps on the chain of A, B and C: a name removes that script (in any case), "+name" loads it again.
+  const struct {
+    Names steps;
+    Names left;
+  } cases[] = {{{"B"}, {"A", "C"}},      {{"A"}, {"B", "C"}},      {{"C"}, {"A", "B"}},
+               {{"b", "A"}, {"C"}},      {{"C", "A"}, {"B"}},      {{"B", "A", "C"}, {}},
+               {{"A", "C", "B"}, {}},    {{"A", "+A"}, {"B", "C", "A"}}};
+  const char* const kText = "event spawn\n{\n}\nblock b\n{\n}\n";
+  for (const auto& c : cases) {
+    ResetScriptMachine();
+    for (const char* name : {"A", "B", "C"}) Add(name, kText);
+    for (const std::string& step : c.steps)
+      if (step[0] == '+')
+        Add(step.substr(1), kText);
+      else
+        EXPECT_TRUE(registry.RemoveScript(step.c_str())) << step;
+    EXPECT_EQ(Chain("spawn"), c.left) << c.steps.size();
+    EXPECT_EQ(registry.HasEvent("spawn"), !c.left.empty());
+    for (std::string name : {"A", "B", "C"}) {
+      bool kept = std::find(c.left.begin(), c.left.end(), name) != c.left.end();
+      EXPECT_EQ(registry.GetBlock((name + "/b").c_str()) != nullptr, kept) << name;
+      EXPECT_EQ(registry.GetBlock((name + "/spawn").c_str()) != nullptr, kept) << name;
+    }
+  }
 }
 
-TEST_F(RegistryTest, RemovingTheMiddleLinksItsNeighbours) {
-  AddThree();
-  EXPECT_TRUE(registry.RemoveScript("B"));
-  EXPECT_EQ(Chain("spawn"), (Names{"A", "C"}));
-}
-
-TEST_F(RegistryTest, RemovingTheHeadMovesTheHead) {
-  AddThree();
-  registry.RemoveScript("A");
-  EXPECT_EQ(Chain("spawn"), (Names{"B", "C"}));
-  EXPECT_STREQ(registry.GetEventHead("spawn")->script->name, "B");
-}
-
-TEST_F(RegistryTest, RemovingTheTailEndsTheChainEarlier) {
-  AddThree();
-  registry.RemoveScript("C");
-  EXPECT_EQ(Chain("spawn"), (Names{"A", "B"}));
-}
-
-TEST_F(RegistryTest, RemovingAllInAnyOrderLeavesNoEntry) {
-  AddThree();
-  registry.RemoveScript("B");
-  registry.RemoveScript("A");
-  EXPECT_EQ(Chain("spawn"), (Names{"C"}));
-  registry.RemoveScript("C");
-  EXPECT_FALSE(registry.HasEvent("spawn"));
-  EXPECT_EQ(registry.GetBlock("C/b"), nullptr);
-}
-
-TEST_F(RegistryTest, ReloadGoesToTheTail) {
-  Add("A", "event e\n{\n}\n");
-  Add("B", "event e\n{\n}\n");
-  registry.RemoveScript("A");
-  Add("A", "event e\n{\n}\n");
-  EXPECT_EQ(Chain("e"), (Names{"B", "A"}));
-}
-
-TEST_F(RegistryTest, AllEventScriptEmptiesTheBlockTable) {
-  Add("ev", "event one\n{\n}\nevent two\n{\n}\n");
-  ASSERT_NE(registry.GetBlock("ev/one"), nullptr);
-  registry.RemoveScript("ev");
-  EXPECT_EQ(registry.GetBlock("ev/one"), nullptr);
-  EXPECT_EQ(registry.GetBlock("ev/two"), nullptr);
-  EXPECT_FALSE(registry.HasEvent("one"));
-}
-
-TEST_F(RegistryTest, ScriptNamesIgnoreCaseBlockNamesDont) {
-  Add("foo", "block Bar\n{\n}\nblock bar\n{\n}\n");
+TEST_F(RegistryTest, NamesAndDuplicates) {
+  // Script names ignore case, block names don't.
+  Add("foo", "block Bar\n{\n}\nblock bar\n{\n}\nblock bar/x\n{\n}\n");
   EXPECT_EQ(Add("FOO", "block x\n{\n}\n"), nullptr);
   EXPECT_NE(registry.FindScript("FoO"), nullptr);
   CBlock* upper = registry.GetBlock("foo/Bar");
@@ -101,57 +81,37 @@ TEST_F(RegistryTest, ScriptNamesIgnoreCaseBlockNamesDont) {
   ASSERT_TRUE(upper && lower);
   EXPECT_NE(upper, lower);
   EXPECT_EQ(registry.GetBlock("FOO/bar"), nullptr);
-}
-
-TEST_F(RegistryTest, DuplicateNamesKeepTheFirst) {
-  CScript* script = Add("dup", "block x\n{\ntw_msg first\n}\nblock x\n{\ntw_msg second\n}\n");
-  CBlock* first = script->firstBlock;
-  ASSERT_NE(first->next, nullptr);
-  EXPECT_EQ(registry.GetBlock("dup/x"), first);
-}
-
-TEST_F(RegistryTest, DuplicateEventRunsTheFirstSectionTwice) {
-  CScript* script = Add("dup", "event e\n{\n}\nevent e\n{\n}\n");
-  char* commands = registry.BuildEventCommands("e");
-  char expected[128];
-  snprintf(expected, sizeof expected, "tw__de %llx;tw__de %llx;\n",
-           static_cast<unsigned long long>(script->firstBlock->handle),
-           static_cast<unsigned long long>(script->firstBlock->handle));
-  EXPECT_STREQ(commands, expected);
-  free(commands);
-  registry.RemoveScript("dup");
+  // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x": it stays with "foo".
+  CBlock* owner = registry.GetBlock("foo/bar/x");
+  ASSERT_NE(owner, nullptr);
+  Add("foo/bar", "block x\n{\n}\n");
+  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
+  registry.RemoveScript("foo/bar");
+  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
+  // Two sections of one name: the first is found, and an event chain runs the first one twice.
+  CScript* blocks = Add("dup", "block x\n{\n}\nblock x\n{\n}\n");
+  ASSERT_NE(blocks->firstBlock->next, nullptr);
+  EXPECT_EQ(registry.GetBlock("dup/x"), blocks->firstBlock);
+  CScript* events = Add("dupe", "event e\n{\n}\nevent e\n{\n}\n");
+  EXPECT_EQ(EventCommands("e"), De(events->firstBlock->handle) + De(events->firstBlock->handle) + "\n");
+  registry.RemoveScript("dupe");
   EXPECT_FALSE(registry.HasEvent("e"));
 }
 
-TEST_F(RegistryTest, EventCommandsSkipDisabledScripts) {
-  AddThree();
+TEST_F(RegistryTest, EventCommandsOfEnabledScriptsOnly) {
+  for (const char* name : {"A", "B", "C"}) Add(name, "event spawn\n{\n}\n");
   registry.SetScriptEnabled("b", false);
-  char* commands = registry.BuildEventCommands("spawn");
-  char expected[128];
-  snprintf(expected, sizeof expected, "tw__de %llx;tw__de %llx;\n",
-           static_cast<unsigned long long>(registry.GetEventHash("A/spawn")),
-           static_cast<unsigned long long>(registry.GetEventHash("C/spawn")));
-  EXPECT_STREQ(commands, expected);
-  free(commands);
-}
-
-TEST_F(RegistryTest, AllDisabledStillHasTheEventButQueuesNothing) {
-  AddThree();
-  for (const char* name : {"A", "B", "C"}) registry.SetScriptEnabled(name, false);
+  EXPECT_EQ(EventCommands("spawn"), De(registry.GetEventHash("A/spawn")) + De(registry.GetEventHash("C/spawn")) + "\n");
+  registry.SetScriptEnabled("A", false);
+  registry.SetScriptEnabled("C", false);
   EXPECT_TRUE(registry.HasEvent("spawn"));
-  char* commands = registry.BuildEventCommands("spawn");
-  EXPECT_STREQ(commands, "\n");
-  free(commands);
-  char* none = registry.BuildEventCommands("nobody_listens");
-  EXPECT_STREQ(none, "\n");
-  free(none);
+  EXPECT_EQ(EventCommands("spawn"), "\n");
+  EXPECT_EQ(EventCommands("nobody_listens"), "\n");
 }
 
 TEST_F(RegistryTest, ManyScriptsOnOneEventSplitIntoConsoleLines) {
   for (int i = 0; i < 300; ++i) Add("s" + std::to_string(i), "event crowded\n{\n}\n");
-  char* commands = registry.BuildEventCommands("crowded");
-  std::string text = commands;
-  free(commands);
+  std::string text = EventCommands("crowded");
   size_t count = 0, start = 0;
   for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
     EXPECT_LE(end - start, 2047u);
@@ -161,48 +121,21 @@ TEST_F(RegistryTest, ManyScriptsOnOneEventSplitIntoConsoleLines) {
 }
 
 TEST_F(RegistryTest, HandlesOfRemovedBlocksNameNothing) {
-  Add("A", "event e\n{\n}\n");
-  Add("B", "event e\n{\n}\n");
-  BlockHandle a = registry.GetEventHash("A/e");
-  BlockHandle b = registry.GetEventHash("B/e");
-  ASSERT_NE(a, 0u);
-  registry.RemoveScript("A");
-  EXPECT_EQ(registry.GetEvent(a), nullptr);
-  ASSERT_NE(registry.GetEvent(b), nullptr);
-  EXPECT_STREQ(registry.GetEvent(b)->name, "B/e");
-}
-
-TEST_F(RegistryTest, RemovalThatShiftsABucketLeavesHandlesTrue) {
+  EXPECT_EQ(registry.GetEventHash("no/such"), 0u);
+  EXPECT_EQ(registry.GetEvent(0), nullptr);
+  EXPECT_EQ(registry.GetEvent(0xFFFFFFFFFFFFull), nullptr);
   // "AB" and "B!" hash alike (times 33 plus the byte), so "AB/e" and "B!/e" share a bucket of the table.
   ASSERT_EQ(NameTable<int>::Hash("AB/e"), NameTable<int>::Hash("B!/e"));
   Add("AB", "event e\n{\n}\n");
   Add("B!", "event e\n{\n}\n");
   BlockHandle first = registry.GetEventHash("AB/e");
   BlockHandle second = registry.GetEventHash("B!/e");
+  ASSERT_NE(first, 0u);
   registry.RemoveScript("AB");
   EXPECT_EQ(registry.GetEvent(first), nullptr);
   ASSERT_NE(registry.GetEvent(second), nullptr);
   EXPECT_STREQ(registry.GetEvent(second)->name, "B!/e");
   EXPECT_EQ(registry.GetEventHash("B!/e"), second);
-}
-
-TEST_F(RegistryTest, GetEventHashOfUnknownNameIsZero) {
-  EXPECT_EQ(registry.GetEventHash("no/such"), 0u);
-  EXPECT_EQ(registry.GetEvent(0), nullptr);
-  EXPECT_EQ(registry.GetEvent(0xFFFFFFFFFFFFull), nullptr);
-}
-
-TEST_F(RegistryTest, SameFullNameFromTwoScriptsStaysWithItsOwner) {
-  // Script "foo" section "bar/x" and script "foo/bar" section "x" both make "foo/bar/x".
-  Add("foo", "block bar/x\n{\n}\n");
-  CScript* second = Add("foo/bar", "block x\n{\n}\n");
-  CBlock* owner = registry.GetBlock("foo/bar/x");
-  ASSERT_NE(owner, nullptr);
-  EXPECT_STREQ(owner->script->name, "foo");
-  registry.RemoveScript("foo/bar");
-  (void)second;
-  ASSERT_NE(registry.GetBlock("foo/bar/x"), nullptr);
-  EXPECT_EQ(registry.GetBlock("foo/bar/x"), owner);
 }
 
 }  // namespace

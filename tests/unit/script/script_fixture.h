@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -84,6 +85,13 @@ protected:
     while (std::getline(in, line))
       if (line.rfind("L ", 0) == 0) log += line.substr(2) + "\n";
     return log;
+  }
+  // The commands an event queues for the scripts that hear it.
+  static std::string EventCommands(const char* event) {
+    char* text = g_scriptMachine.registry.BuildEventCommands(event);
+    std::string commands = text;
+    free(text);
+    return commands;
   }
   static ConCommandBase* FindCommand(const char* name) { return Standin().Console().FindCommandBase(name); }
   // Makes the variables that value commands store into (they set with force false).

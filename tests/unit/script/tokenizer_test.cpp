@@ -11,131 +11,89 @@
 
 namespace {
 
-std::vector<std::string> Tokens(const char* text) {
-  std::vector<std::string> out;
+using V = std::vector<std::string>;
+
+V Tokens(const char* text) {
+  V out;
   char token[MAX_TOKEN_CHARS];
   for (const char* p = text; (p = ParseToken(p, token, sizeof token));) out.push_back(token);
   return out;
 }
 
-std::unique_ptr<CommandArgs> Tokenize(const char* line) { return std::unique_ptr<CommandArgs>(Cmd_Tokenize(line)); }
-
-using V = std::vector<std::string>;
-
-TEST(ParseToken, BreakCharactersAreTokensOfTheirOwn) {
-  EXPECT_EQ(Tokens("foo:bar"), (V{"foo", ":", "bar"}));
-  EXPECT_EQ(Tokens("(1 equalto 2)"), (V{"(", "1", "equalto", "2", ")"}));
-  EXPECT_EQ(Tokens("a'b"), (V{"a", "'", "b"}));
-  EXPECT_EQ(Tokens("{x}"), (V{"{", "x", "}"}));
+std::unique_ptr<CommandArgs> Tokenize(const std::string& line) {
+  return std::unique_ptr<CommandArgs>(Cmd_Tokenize(line.c_str()));
 }
 
-TEST(ParseToken, QuotedTokenKeepsBlanksBreaksAndNewlines) {
-  EXPECT_EQ(Tokens("tw_xset x \"a b\""), (V{"tw_xset", "x", "a b"}));
-  EXPECT_EQ(Tokens("\"(a:b)\""), (V{"(a:b)"}));
-  EXPECT_EQ(Tokens("\"one\ntwo\""), (V{"one\ntwo"}));
-}
-
-TEST(ParseToken, QuotedTokenEndsAtItsClosingQuote) {
-  EXPECT_EQ(Tokens("\"a\"b"), (V{"a", "b"}));
-  EXPECT_EQ(Tokens("\"\""), (V{""}));
-}
-
-TEST(ParseToken, UnterminatedQuoteTakesTheRest) { EXPECT_EQ(Tokens("x \"a b c"), (V{"x", "a b c"})); }
-
-TEST(ParseToken, QuotesAndSlashesInsideOrdinaryTokensAreOrdinary) {
-  EXPECT_EQ(Tokens("a//b ab\"cd"), (V{"a//b", "ab\"cd"}));
-  EXPECT_EQ(Tokens("/x"), (V{"/x"}));
-}
-
-TEST(ParseToken, CommentsAreSkippedAndDontEndAMultiLineText) {
-  EXPECT_EQ(Tokens("tw_msg hi // note"), (V{"tw_msg", "hi"}));
-  EXPECT_EQ(Tokens("a // c\nb"), (V{"a", "b"}));
-  EXPECT_EQ(Tokens("a /* c */ b /* open"), (V{"a", "b"}));
-}
-
-TEST(ParseToken, NullAndBlankTextGiveNoToken) {
+TEST(ParseToken, Rules) {
+  const struct {
+    const char* text;
+    V tokens;
+  } cases[] = {
+      {"foo:bar", {"foo", ":", "bar"}},  // break characters are tokens of their own
+      {"(1 equalto 2)", {"(", "1", "equalto", "2", ")"}},
+      {"a'b{x}", {"a", "'", "b", "{", "x", "}"}},
+      {"tw_xset x \"a b\"", {"tw_xset", "x", "a b"}},  // quotes keep blanks, breaks and newlines
+      {"\"(a:b)\"", {"(a:b)"}},
+      {"\"one\ntwo\"", {"one\ntwo"}},
+      {"\"a\"b", {"a", "b"}},  // a quoted token ends at its closing quote
+      {"\"\"", {""}},
+      {"x \"a b c", {"x", "a b c"}},  // an unterminated quote takes the rest
+      {"a//b ab\"cd /x", {"a//b", "ab\"cd", "/x"}},
+      {"tw_msg hi // note", {"tw_msg", "hi"}},
+      {"a // c\nb", {"a", "b"}},
+      {"a /* c */ b /* open", {"a", "b"}},
+      {" \t\n ", {}},
+      {"\xc3\xa9t\xc3\xa9 x", {"\xc3\xa9t\xc3\xa9", "x"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Tokens(c.text), c.tokens) << c.text;
   char token[8] = "x";
   EXPECT_EQ(ParseToken(nullptr, token, sizeof token), nullptr);
   EXPECT_STREQ(token, "");
-  EXPECT_EQ(ParseToken(" \t\n ", token, sizeof token), nullptr);
 }
 
-TEST(ParseToken, HighBitCharactersAreOrdinary) {
-  EXPECT_EQ(Tokens("\xc3\xa9t\xc3\xa9 x"), (V{"\xc3\xa9t\xc3\xa9", "x"}));
-}
-
-TEST(CmdTokenize, EmptyAndBlankLinesHoldNoToken) {
-  for (const char* line : {"", "   \t "}) {
-    auto args = Tokenize(line);
-    EXPECT_EQ(args->Argc(), 0);
-    EXPECT_STREQ(args->Argv(0), "");
-    EXPECT_EQ(args->Args(), nullptr);
+TEST(CmdTokenize, CountsAndRawArgs) {
+  const struct {
+    const char* line;
+    int argc;
+    const char* args;  // "<null>" where Args() must be null
+    const char* argv1;
+  } cases[] = {
+      {"", 0, "<null>", ""},
+      {"   \t ", 0, "<null>", ""},
+      {"tw_xset", 1, "<null>", ""},
+      {"tw_xset   x \"a b\" // c", 3, "x \"a b\" // c", "x"},
+      {"cmd \"\"", 2, "\"\"", ""},
+      {"tw_msg hi // note", 2, "hi // note", "hi"},
+      {"a b\nc d", 2, "b\nc d", "b"},  // the first newline between tokens ends the tokens
+      {"a \"b\nc\" d", 3, "\"b\nc\" d", "b\nc"},
+  };
+  for (const auto& c : cases) {
+    auto args = Tokenize(c.line);
+    EXPECT_EQ(args->Argc(), c.argc) << c.line;
+    EXPECT_STREQ(args->Args() ? args->Args() : "<null>", c.args) << c.line;
+    EXPECT_STREQ(args->Argv(1), c.argv1) << c.line;
+    EXPECT_STREQ(args->Argv(-1), "") << c.line;
+    EXPECT_STREQ(args->Argv(80), "") << c.line;
   }
 }
 
-TEST(CmdTokenize, OneTokenHasNoArgs) {
-  auto args = Tokenize("tw_xset");
-  EXPECT_EQ(args->Argc(), 1);
-  EXPECT_EQ(args->Args(), nullptr);
-}
-
-TEST(CmdTokenize, ArgvOutOfRangeIsEmptyText) {
-  auto args = Tokenize("a b");
-  EXPECT_STREQ(args->Argv(80), "");
-  EXPECT_STREQ(args->Argv(-1), "");
-  EXPECT_STREQ(args->Argv(2), "");
-}
-
-TEST(CmdTokenize, ArgsIsTheRawTextBehindTheName) {
-  auto args = Tokenize("tw_xset   x \"a b\" // c");
-  EXPECT_EQ(args->Argc(), 3);
-  EXPECT_STREQ(args->Args(), "x \"a b\" // c");
-}
-
-TEST(CmdTokenize, EmptyQuotedArgumentCounts) {
-  auto args = Tokenize("cmd \"\"");
-  EXPECT_EQ(args->Argc(), 2);
-  EXPECT_STREQ(args->Argv(1), "");
-  EXPECT_STREQ(args->Args(), "\"\"");
-}
-
-TEST(CmdTokenize, EightyTokensKeptAndTheRestDropped) {
+TEST(CmdTokenize, Limits) {
   std::string line = "cmd";
   for (int i = 1; i < 85; ++i) line += " t" + std::to_string(i);
-  auto args = Tokenize(line.c_str());
-  EXPECT_EQ(args->Argc(), 80);
-  EXPECT_STREQ(args->Argv(79), "t79");
-  EXPECT_STREQ(args->Argv(80), "");
-  EXPECT_EQ(std::string(args->Args()), line.substr(4));
-}
+  auto many = Tokenize(line);
+  EXPECT_EQ(many->Argc(), MAX_COMMAND_TOKENS);
+  EXPECT_STREQ(many->Argv(79), "t79");
+  EXPECT_EQ(std::string(many->Args()), line.substr(4));
 
-TEST(CmdTokenize, FirstNewlineBetweenTokensEndsTheLine) {
-  auto args = Tokenize("a b\nc d");
-  EXPECT_EQ(args->Argc(), 2);
-  auto quoted = Tokenize("a \"b\nc\" d");
-  EXPECT_EQ(quoted->Argc(), 3);
-  EXPECT_STREQ(quoted->Argv(1), "b\nc");
-}
+  auto breaks = Tokenize("x " + std::string(300, '('));
+  EXPECT_EQ(breaks->Argc(), MAX_COMMAND_TOKENS);
+  EXPECT_STREQ(breaks->Argv(79), "(");
 
-TEST(CmdTokenize, CommentOnlyLineHoldsItsName) {
-  auto args = Tokenize("tw_msg hi // note");
-  EXPECT_EQ(args->Argc(), 2);
-  EXPECT_STREQ(args->Argv(1), "hi");
-}
-
-TEST(CmdTokenize, TokenOverTheLimitIsCutAndItsRestConsumed) {
-  std::string line = "cmd " + std::string(1500, 'a') + " next";
-  auto args = Tokenize(line.c_str());
-  ASSERT_EQ(args->Argc(), 3);
-  EXPECT_EQ(std::string(args->Argv(1)), std::string(MAX_TOKEN_CHARS - 1, 'a'));
-  EXPECT_STREQ(args->Argv(2), "next");
-}
-
-TEST(CmdTokenize, ManyBreakCharactersFitTheRecord) {
-  std::string line = "x " + std::string(300, '(');
-  auto args = Tokenize(line.c_str());
-  EXPECT_EQ(args->Argc(), 80);
-  EXPECT_STREQ(args->Argv(79), "(");
+  // A token over the limit is cut and its rest consumed.
+  auto cut = Tokenize("cmd " + std::string(1500, 'a') + " next");
+  ASSERT_EQ(cut->Argc(), 3);
+  EXPECT_EQ(std::string(cut->Argv(1)), std::string(MAX_TOKEN_CHARS - 1, 'a'));
+  EXPECT_STREQ(cut->Argv(2), "next");
 }
 
 }  // namespace
