@@ -57,7 +57,12 @@ void CSimWorld::LevelStart(const char* mapName, int maxClients) {
 }
 
 void CSimWorld::LevelEnd() {
-  for (CClient* client : Clients()) client->entity = nullptr;
+  // The level's entities go, the players' weapons with them: a player comes back into the next level
+  // holding nothing until the game gives it something.
+  for (CClient* client : Clients()) {
+    client->entity = nullptr;
+    client->weapon.clear();
+  }
   for (size_t i = 0; i < m_entities.size(); ++i)
     if (m_entities[i]) FreeEdict(int(i));
   m_inputs.clear();
