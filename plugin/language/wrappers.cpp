@@ -222,22 +222,6 @@ void CGiveWrap::Dispatch() {
 
 // ---- CChangeLevelWrap ----
 
-CChangeLevelWrap::CChangeLevelWrap(const char* ownName, const char* help, const char* wrappedName)
-    : m_wrappedName(CopyText(wrappedName)), m_ownName(CopyText(ownName)), m_help(CopyText(help)) {
-  ConCommand::Create(m_ownName, nullptr, m_help, FCVAR_GAMEDLL);
-}
-
-CChangeLevelWrap::~CChangeLevelWrap() {
-  free(m_wrappedName);
-  free(m_ownName);
-  free(m_help);
-}
-
-void CChangeLevelWrap::Init() {
-  m_wrapped = FindOrReport(m_wrappedName, this);
-  ConCommandBase::Init();
-}
-
 // The override goes out as a new changelevel line, which reaches this wrapper again with the override
 // already cleared and so passes to the engine.
 void CChangeLevelWrap::Dispatch() {
@@ -255,10 +239,7 @@ void CChangeLevelWrap::Dispatch() {
     DbgMsg(0, "[Tidewright] Next map changed from %s to %s.\n", engine->Cmd_Argv(1), override.c_str());
     return;
   }
-  if (m_wrapped)
-    m_wrapped->Dispatch();
-  else
-    DbgMsg(0, "%s: the game has no command %s to run.\n", m_ownName, m_wrappedName);
+  RunWrapped();
 }
 
 // ---- making the wrappers ----

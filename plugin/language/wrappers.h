@@ -82,23 +82,10 @@ public:
 
 // Takes the place of changelevel: refuses clients above the first slot and applies
 // tidewright_nextmapoverride.
-class CChangeLevelWrap : public ConCommand {
+class CChangeLevelWrap : public CCmdWrap {
 public:
-  CChangeLevelWrap(const char* ownName, const char* help, const char* wrappedName);
-  ~CChangeLevelWrap() override;
-  CChangeLevelWrap(const CChangeLevelWrap&) = delete;
-  CChangeLevelWrap& operator=(const CChangeLevelWrap&) = delete;
-
-  void Init() override;
+  using CCmdWrap::CCmdWrap;
   void Dispatch() override;
-
-  ConCommand* Wrapped() const { return m_wrapped; }
-
-private:
-  ConCommand* m_wrapped = nullptr;
-  char* m_wrappedName;
-  char* m_ownName;
-  char* m_help;
 };
 
 // ---- steps of Load and LevelInit ----
