@@ -35,6 +35,17 @@ bool BuildLine(TextBuf& line, const char* start, const char* name, const char* e
   return false;
 }
 
+// Puts the script's block `<name><blockSuffix>` at the head of the buffer with `<afterCommand><name>`
+// waiting behind it, so the command finds the block run to its end.
+void RunBlockThen(const char* name, const char* blockSuffix, const char* afterCommand, const char* message) {
+  TextBuf after;
+  TextBuf block;
+  if (!BuildLine(after, afterCommand, name, "\n") || !BuildLine(block, "tw__db ", name, blockSuffix)) return;
+  ImmediateExecuteCommand(after.c_str());
+  DbgMsg(0, message, name);
+  ImmediateExecuteCommand(block.c_str());
+}
+
 void Load_h(bool expand, bool fromConsole) {
   ArgView args(expand);
   if (args.Argc() < 2) {
@@ -46,15 +57,7 @@ void Load_h(bool expand, bool fromConsole) {
 
 void Unload_h(bool expand, bool fromConsole) {
   ArgView args(expand);
-  if (args.Argc() <= 1) return;
-  TextBuf removal;
-  TextBuf unloadBlock;
-  if (!BuildLine(removal, "tw__unload ", args.Args(), "\n") ||
-      !BuildLine(unloadBlock, "tw__db ", args.Args(), "/unload\n"))
-    return;
-  ImmediateExecuteCommand(removal.c_str());
-  DbgMsg(0, "Unloading %s...\n", args.Args());
-  ImmediateExecuteCommand(unloadBlock.c_str());
+  if (args.Argc() > 1) RunBlockThen(args.Args(), "/unload\n", "tw__unload ", "Unloading %s...\n");
 }
 
 void RemoveAddon_h(bool expand, bool fromConsole) {
@@ -87,15 +90,7 @@ void Enable_h(bool expand, bool fromConsole) {
 // The disable block runs first and the script is disabled after it, by tw__disable waiting behind it.
 void Disable_h(bool expand, bool fromConsole) {
   ArgView args(expand);
-  if (args.Argc() <= 1) return;
-  TextBuf disabling;
-  TextBuf disableBlock;
-  if (!BuildLine(disabling, "tw__disable ", args.Args(), "\n") ||
-      !BuildLine(disableBlock, "tw__db ", args.Args(), "/disable\n"))
-    return;
-  ImmediateExecuteCommand(disabling.c_str());
-  DbgMsg(0, "Disabling %s...\n", args.Args());
-  ImmediateExecuteCommand(disableBlock.c_str());
+  if (args.Argc() > 1) RunBlockThen(args.Args(), "/disable\n", "tw__disable ", "Disabling %s...\n");
 }
 
 void DisableNow_h(bool expand, bool fromConsole) {
