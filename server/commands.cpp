@@ -32,11 +32,6 @@ std::string JoinArgs(int first) {
 
 int FrameCount(long long frames) { return int(std::clamp<long long>(frames, 0, kMaxWaitFrames)); }
 
-bool CheatsAllowed() {
-  ConVar* cheats = g_standIn->Console().FindVar("sv_cheats");
-  return cheats && cheats->GetInt() >= 1;
-}
-
 // ---- text and configuration files ----
 
 void Echo_f() { Msg("%s\n", JoinArgs(1).c_str()); }
@@ -62,10 +57,6 @@ bool ReadWholeFile(const std::string& path, std::string& text) {
 }
 
 void Exec_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: exec <file>: runs cfg/<file>(.cfg)\n");
-    return;
-  }
   std::string text;
   if (!ReadWholeFile(ConfigPath(Cmd().Argv(1)), text)) {
     Msg("exec: couldn't exec %s\n", Cmd().Argv(1));
@@ -147,10 +138,6 @@ void Cvarlist_f() {
 }
 
 void Find_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: find <text>: lists commands and variables whose name or help holds the text\n");
-    return;
-  }
   const char* needle = Cmd().Argv(1);
   for (bool variables : {false, true})
     for (ConCommandBase* c : SortedChain(variables))
@@ -158,10 +145,6 @@ void Find_f() {
 }
 
 void Help_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: help <command or variable>\n");
-    return;
-  }
   ConCommandBase* c = g_standIn->Console().FindCommandBase(Cmd().Argv(1));
   if (!c) {
     Msg("help: no command or variable \"%s\"\n", Cmd().Argv(1));
@@ -173,10 +156,6 @@ void Help_f() {
 // ---- levels ----
 
 void Map_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: %s <map>\n", Cmd().Argv(0));
-    return;
-  }
   if (!g_standIn->Engine().IsMapValid(Cmd().Argv(1))) {
     Msg("%s: invalid map name \"%s\"\n", Cmd().Argv(0), Cmd().Argv(1));
     return;
@@ -203,10 +182,6 @@ void Status_f() {
 // ---- variables ----
 
 void Setinfo_f() {
-  if (Cmd().Argc() < 3) {
-    Msg("Usage: setinfo <name> <value>: sets a variable, made when missing\n");
-    return;
-  }
   const char* name = Cmd().Argv(1);
   CCvar& console = g_standIn->Console();
   ConCommandBase* found = console.FindCommandBase(name);
@@ -218,7 +193,7 @@ void Setinfo_f() {
     console.CreateVar(name, Cmd().Argv(2), FCVAR_NONE, "");
     return;
   }
-  if (found->IsBitSet(FCVAR_CHEAT) && !CheatsAllowed()) {
+  if (found->IsBitSet(FCVAR_CHEAT) && !console.CheatsAllowed()) {
     Msg("Can't use cheat variable %s unless sv_cheats is 1\n", found->GetName());
     return;
   }
@@ -230,17 +205,17 @@ void Developer_Changed(ConVar* var, const char*) { SetDeveloperLevel(var->GetInt
 // ---- simulation ----
 
 void SimFrames_f() {
-  if (Cmd().Argc() < 2 || Q_atoi(Cmd().Argv(1)) < 1) {
-    Msg("Usage: sim_frames <count>: lets that many frames pass before the next command\n");
+  if (Q_atoi(Cmd().Argv(1)) < 1) {
+    PrintConsoleUsage();
     return;
   }
   g_standIn->StopRun(FrameCount(Q_atoi(Cmd().Argv(1))));
 }
 
 void SimAdvance_f() {
-  double seconds = Cmd().Argc() > 1 ? atof(Cmd().Argv(1)) : 0;
+  double seconds = atof(Cmd().Argv(1));
   if (!(seconds > 0)) {
-    Msg("Usage: sim_advance <seconds>: lets that much game time pass before the next command\n");
+    PrintConsoleUsage();
     return;
   }
   double frames = std::ceil(seconds * g_standIn->Clock().Tickrate());
@@ -271,8 +246,8 @@ void PrintEventValues(CGameEvent* event) {
 }
 
 void SimEvent_f() {
-  if (Cmd().Argc() < 2 || Cmd().Argc() % 2 != 0) {
-    Msg("Usage: sim_event <event> [<key> <value>]...: fires a game event\n");
+  if (Cmd().Argc() % 2 != 0) {
+    PrintConsoleUsage();
     return;
   }
   CGameEventManager& events = g_standIn->Events();
@@ -289,20 +264,27 @@ void SimEvent_f() {
 
 const ConsoleCommandDef kCommands[] = {
     {"echo", Echo_f, "Prints its arguments to the console.", 0},
-    {"exec", Exec_f, "Runs a configuration file from the cfg folder.", 0},
+    {"exec", Exec_f, "Runs a configuration file from the cfg folder.", 0, 2,
+     "Usage: exec <file>: runs cfg/<file>(.cfg)\n"},
     {"alias", Alias_f, "Names a list of commands: alias <name> <commands>; without commands it shows aliases.", 0},
     {"wait", Wait_f, "Lets the rest of the command buffer wait one frame, or the number of frames given.", 0},
     {"quit", Quit_f, "Ends the level, unloads the plugin and stops the server.", 0},
     {"cvarlist", Cvarlist_f, "Lists the console variables, or those whose name starts with the text given.", 0},
-    {"find", Find_f, "Lists commands and variables whose name or help holds the text given.", 0},
-    {"help", Help_f, "Shows the value and help of a variable, or the help of a command.", 0},
-    {"map", Map_f, "Starts the level of the given name.", 0},
-    {"changelevel", Map_f, "Changes to the level of the given name.", 0},
+    {"find", Find_f, "Lists commands and variables whose name or help holds the text given.", 0, 2,
+     "Usage: find <text>: lists commands and variables whose name or help holds the text\n"},
+    {"help", Help_f, "Shows the value and help of a variable, or the help of a command.", 0, 2,
+     "Usage: help <command or variable>\n"},
+    {"map", Map_f, "Starts the level of the given name.", 0, 2, "Usage: map <map>\n"},
+    {"changelevel", Map_f, "Changes to the level of the given name.", 0, 2, "Usage: changelevel <map>\n"},
     {"status", Status_f, "Shows the server's name, level, players and time.", 0},
-    {"setinfo", Setinfo_f, "Sets a variable, making it when it is missing: setinfo <name> <value>.", 0},
-    {"sim_frames", SimFrames_f, "Lets the given number of frames pass before the next command.", 0},
-    {"sim_advance", SimAdvance_f, "Lets the given number of seconds of game time pass before the next command.", 0},
-    {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0},
+    {"setinfo", Setinfo_f, "Sets a variable, making it when it is missing: setinfo <name> <value>.", 0, 3,
+     "Usage: setinfo <name> <value>: sets a variable, made when missing\n"},
+    {"sim_frames", SimFrames_f, "Lets the given number of frames pass before the next command.", 0, 2,
+     "Usage: sim_frames <count>: lets that many frames pass before the next command\n"},
+    {"sim_advance", SimAdvance_f, "Lets the given number of seconds of game time pass before the next command.", 0, 2,
+     "Usage: sim_advance <seconds>: lets that much game time pass before the next command\n"},
+    {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0, 2,
+     "Usage: sim_event <event> [<key> <value>]...: fires a game event\n"},
 };
 
 const ConsoleVarDef kVars[] = {

@@ -30,11 +30,11 @@ int main(int argc, char** argv) {
   ServerOptions options;
   std::string error;
   if (!ParseServerOptions(argc, argv, options, error)) {
-    Warning("tidewright-server: %s\n%s", error.c_str(), ServerUsage());
+    Warning("tidewright-server: %s\n%s", error.c_str(), ServerUsage().c_str());
     return 2;
   }
-  if (options.showHelp) {
-    Msg("%s", ServerUsage());
+  if (options.action != ServerAction::Run) {
+    Msg("%s", (options.action == ServerAction::Help ? ServerHelp() : ServerVersion()).c_str());
     return 0;
   }
   CommandLine()->CreateCmdLine(argc, argv);

@@ -46,6 +46,7 @@ CStandIn::CStandIn(const StandInConfig& config)
   SetDeveloperLevel(0);
   ConVar_SetCvarInterface(&m_console);
   m_console.SetNotifyHook(&AnnounceVarChange);
+  m_console.SetCurrentCommand(&m_current);
   RegisterServerConsole(m_console);
   LoadEngineEvents();
   m_world->Init(WorldSetup{m_clock.Globals(), &m_engine, &m_console, &m_events, &m_files, !config.listen,
@@ -232,11 +233,6 @@ ConsoleCommand& CStandIn::CommandSlot() {
 
 namespace {
 
-bool CheatsAllowed(CCvar& console) {
-  ConVar* cheats = console.FindVar("sv_cheats");
-  return cheats && cheats->GetInt() >= 1;
-}
-
 void PrintVar(ConVar* var) {
   Msg("\"%s\" = \"%s\"\n", var->GetName(), var->GetString());
   const char* help = var->GetHelpText();
@@ -269,7 +265,7 @@ void CStandIn::Dispatch(const ConsoleCommand& cmd) {
 }
 
 bool CStandIn::CheatRefused(ConCommandBase* base, int argc) {
-  if (!base->IsBitSet(FCVAR_CHEAT) || CheatsAllowed(m_console)) return false;
+  if (!base->IsBitSet(FCVAR_CHEAT) || m_console.CheatsAllowed()) return false;
   if (!base->IsCommand() && argc <= 1) return false;
   Msg("Can't use cheat %s %s unless sv_cheats is 1\n", base->IsCommand() ? "command" : "variable", base->GetName());
   return true;
