@@ -30,9 +30,20 @@ NameTable<KeyValues*>& Files() {
   return *files;
 }
 
+// Spreads handles over the buckets. The serial and the slot of consecutive new handles rise together, so
+// with the identity hash a file's lines would share one bucket of a prime-sized table such as 257.
+struct PositionHash {
+  size_t operator()(uint64_t handle) const {
+    handle ^= handle >> 33;
+    handle *= 0xff51afd7ed558ccdull;
+    return size_t(handle ^ (handle >> 33));
+  }
+};
+using PositionSet = std::unordered_set<uint64_t, PositionHash>;
+
 // The handles of every cached line node: what _mexecl accepts.
-std::unordered_set<uint64_t>& Positions() {
-  static auto* positions = new std::unordered_set<uint64_t>;
+PositionSet& Positions() {
+  static auto* positions = new PositionSet;
   return *positions;
 }
 
