@@ -59,6 +59,10 @@ TEST_F(LibraryPythonTest, RegexReturnsIntegers) {
   EXPECT_EQ(Call("regex", "(sssii)", "search", "x", "0123456789012x", 0, 20), "13");
   EXPECT_EQ(Call("regex", "(sssi)", "search", "a", "aaaa", 2), "0");  // a start alone is ignored
   EXPECT_EQ(Call("regex", "(s)", "match"), "0");                      // no check: "" against ""
+  // Only Python can pass a line feed: the dot matches it, and ^ and $ anchor next to it.
+  EXPECT_EQ(Call("regex", "(sss)", "match", "a.b", "a\nb"), "3");
+  EXPECT_EQ(Call("regex", "(sss)", "search", "^b", "a\nb"), "2");
+  EXPECT_EQ(Call("regex", "(sss)", "search", "a$", "a\nb"), "0");
   EXPECT_EQ(capture.Text(), "");
   EXPECT_EQ(FindServerVar("abc"), nullptr);
 }
