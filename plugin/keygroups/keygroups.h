@@ -11,6 +11,11 @@ class KeyValues;
 inline constexpr int kMaxKeyGroupPath = 259;
 inline constexpr int kMaxKeyText = 1023;
 
+// The user tree of keygroups: "UserKeys" with "UserGroups" and "Ungrouped". Null until Load.
+extern KeyValues* g_userTree;
+// Load: makes the user tree unless a Load before made it.
+void KeyGroups_OnLoad();
+
 // "UserGroups" of the user tree. Null, after the report, when the tree isn't made yet (last error
 // "Keys not ready yet") or holds no "UserGroups".
 KeyValues* FindUserGroups();

@@ -16,6 +16,8 @@ namespace {
 
 const CommandRow* s_binderRows[MAX_TW_METHODS];
 int s_binderCount = 0;
+// Rows of the doors' list looked at so far, bound or left out.
+int s_rowsSeen = 0;
 
 template <int N>
 PyObject* BinderAt(PyObject*, PyObject* args) {
@@ -72,12 +74,15 @@ CommandArgs* Cmd_TokenizePython(const char* name, PyObject* tuple) {
   return record;
 }
 
-void RegisterBinder(const CommandRow& row) {
-  if (s_binderCount < MAX_TW_METHODS && AddTwMethod(row.base, kBinders[s_binderCount], row.help)) {
-    s_binderRows[s_binderCount++] = &row;
-    return;
+void BindPythonRows() {
+  for (; s_rowsSeen < PythonRowCount(); ++s_rowsSeen) {
+    const CommandRow& row = PythonRow(s_rowsSeen);
+    if (s_binderCount < MAX_TW_METHODS && AddTwMethod(row.base, kBinders[s_binderCount], row.help)) {
+      s_binderRows[s_binderCount++] = &row;
+      continue;
+    }
+    Warning("[Tidewright] The method table of tw_C is full (%d methods): %s left out.\n", MAX_TW_METHODS, row.base);
   }
-  Warning("[Tidewright] The method table of tw_C is full (%d methods): %s left out.\n", MAX_TW_METHODS, row.base);
 }
 
 PyObject* RunBinder(const CommandRow& row, PyObject* args) {
