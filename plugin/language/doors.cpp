@@ -14,7 +14,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "language/expansion.h"
-#include "python/resultslot.h"
+#include "language/results.h"
 
 CommandArgs* g_currentArgs = nullptr;
 

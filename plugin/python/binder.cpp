@@ -10,7 +10,7 @@
 #include "host/diagnostics.h"
 #include "language/doors.h"
 #include "python/methodtable.h"
-#include "python/resultslot.h"
+#include "python/resultobject.h"
 
 namespace {
 
@@ -90,13 +90,13 @@ PyObject* RunBinder(const CommandRow& row, PyObject* args) {
   snprintf(name, sizeof name, "tw_%s", row.base);
   CommandArgs* record = Cmd_TokenizePython(name, args);
   // The slot holds something only while an outer binder's handler runs: that is the outer call's value.
-  PyObject* outerResult = TakeResult();
+  ResultValue outerResult = TakeResult();
   {
     CurrentArgsScope scope(record);
     RunHandler(row, true, false);
   }
-  PyObject* result = TakeResult();
-  SetResult(outerResult);
+  PyObject* result = ResultObject(TakeResult());
+  RestoreResult(std::move(outerResult));
   if (!result) Py_RETURN_NONE;
   return result;
 }
