@@ -2,6 +2,7 @@
 // Handlers read their arguments through the engine's current command, as plugins' handlers do.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -222,6 +223,37 @@ void SimAdvance_f() {
   g_standIn->StopRun(FrameCount(frames > double(kMaxWaitFrames) ? kMaxWaitFrames : (long long)frames));
 }
 
+// The full path of a file under the mod directory, or false (with a message) when it would leave the root.
+bool SimFilePath(const char* command) {
+  char relative[FILES_MAX_PATH];
+  if (g_standIn->Files().RootRelative(Cmd().Argv(1), relative)) return true;
+  Msg("%s: the path \"%s\" is not one of the server's files\n", command, Cmd().Argv(1));
+  return false;
+}
+
+// Writes a file: each argument behind the path is a line, ended by a line feed.
+void SimWriteFile_f() {
+  if (!SimFilePath("sim_writefile")) return;
+  IFileSystem& files = g_standIn->Files();
+  FileHandle_t file = files.Open(Cmd().Argv(1), "wb");
+  if (file == FILESYSTEM_INVALID_HANDLE) {
+    Msg("sim_writefile: can't write %s\n", Cmd().Argv(1));
+    return;
+  }
+  for (int i = 2; i < Cmd().Argc(); ++i) {
+    files.Write(Cmd().Argv(i), int(strlen(Cmd().Argv(i))), file);
+    files.Write("\n", 1, file);
+  }
+  files.Close(file);
+}
+
+// Sets a file's modification time, in whole seconds since 1970.
+void SimFileTime_f() {
+  if (!SimFilePath("sim_filetime")) return;
+  if (!g_standIn->Files().SetFileTime(Cmd().Argv(1), atoll(Cmd().Argv(2))))
+    Msg("sim_filetime: can't set the time of %s\n", Cmd().Argv(1));
+}
+
 // Sets one value of a console-made event with the type its declaration gives the key; keys outside the
 // declaration are strings.
 void SetEventValue(IGameEvent* event, const EventDescriptor& d, const char* key, const char* value) {
@@ -285,6 +317,10 @@ const ConsoleCommandDef kCommands[] = {
      "Usage: sim_advance <seconds>: lets that much game time pass before the next command\n"},
     {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0, 2,
      "Usage: sim_event <event> [<key> <value>]...: fires a game event\n"},
+    {"sim_writefile", SimWriteFile_f, "Writes a file under the mod directory: sim_writefile <path> [line]...", 0, 2,
+     "Usage: sim_writefile <path> [line]...: writes the lines into the file under the mod directory\n"},
+    {"sim_filetime", SimFileTime_f, "Sets a file's modification time: sim_filetime <path> <seconds since 1970>.", 0, 3,
+     "Usage: sim_filetime <path> <seconds>: sets the modification time of the file under the mod directory\n"},
 };
 
 const ConsoleVarDef kVars[] = {

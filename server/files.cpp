@@ -119,6 +119,17 @@ int CFileSystem::OpenBeneath(const char* relative, int flags, int mode) const {
   return int(syscall(SYS_openat2, m_rootFd, relative[0] ? relative : ".", &how, sizeof how));
 }
 
+bool CFileSystem::SetFileTime(const char* fileName, long long seconds) {
+  char relative[FILES_MAX_PATH];
+  if (!RootRelative(fileName, relative)) return false;
+  int fd = OpenBeneath(relative, O_RDONLY | O_NONBLOCK);
+  if (fd < 0) return false;
+  const timespec times[2] = {{time_t(seconds), 0}, {time_t(seconds), 0}};
+  bool set = futimens(fd, times) == 0;
+  close(fd);
+  return set;
+}
+
 bool CFileSystem::MakeFolder(const char* fileName) {
   char relative[FILES_MAX_PATH];
   if (!RootRelative(fileName, relative)) return false;

@@ -41,6 +41,8 @@ public:
   // empty, too long or would leave the root by its text. Backslashes count as slashes; an absolute path
   // counts only when it lies under the root. `out` holds FILES_MAX_PATH bytes.
   bool RootRelative(const char* fileName, char* out) const;
+  // Sets the modification time of the file `fileName`, in seconds since 1970.
+  bool SetFileTime(const char* fileName, long long seconds);
   // Makes the folder `fileName` (its parent must exist) below the root; true when it exists afterwards.
   bool MakeFolder(const char* fileName);
   // The same as a full path: the root, a slash and the relative path.

@@ -77,7 +77,7 @@ TEST(CommandTable, EveryServerCommandBelowItsCountPrintsItsRowsUsage) {
     EXPECT_EQ(server.Run(c->GetName()), usage) << c->GetName();
     ++checked;
   }
-  EXPECT_EQ(checked, 30);
+  EXPECT_GE(checked, 30);  // the 28 handlers that printed their own usage before, and those since
   EXPECT_EQ(server.Run("sim_messages bogus"),
             "Usage: sim_messages on|off: shows or hides what reaches clients\nsim_messages is on\n");
 }
