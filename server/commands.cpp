@@ -138,20 +138,55 @@ void Cvarlist_f() {
   Msg("%d convars\n", shown);
 }
 
+// Commands whose name holds a double underscore are the plugin's internal steps, not for typing.
+bool IsInternal(ConCommandBase* c) { return strstr(c->GetName(), "__") != nullptr; }
+
 void Find_f() {
-  const char* needle = Cmd().Argv(1);
-  for (bool variables : {false, true})
-    for (ConCommandBase* c : SortedChain(variables))
-      if (Q_stristr(c->GetName(), needle) || Q_stristr(c->GetHelpText(), needle)) PrintEntry(c);
+  bool all = strcmp(Cmd().Argv(1), "-all") == 0;
+  if (all && Cmd().Argc() < 3) {
+    PrintConsoleUsage();
+    return;
+  }
+  const char* needle = Cmd().Argv(all ? 2 : 1);
+  int hidden = 0;
+  for (bool variables : {false, true}) {
+    for (ConCommandBase* c : SortedChain(variables)) {
+      if (!Q_stristr(c->GetName(), needle) && !Q_stristr(c->GetHelpText(), needle)) continue;
+      if (!all && IsInternal(c)) ++hidden;
+      else PrintEntry(c);
+    }
+  }
+  if (hidden)
+    Msg("(%d internal command%s not shown; find -all %s lists them too)\n", hidden, hidden == 1 ? "" : "s", needle);
+}
+
+void HelpGuide() {
+  Msg("Type a command to run it, a variable's name to see its value, or the name and a value to set it.\n"
+      "  help NAME          what a command or variable is for, with a command's usage\n"
+      "  find TEXT          commands and variables whose name or help holds TEXT (find -all TEXT: internal\n"
+      "                     ones too)\n"
+      "  cvarlist [START]   the console variables, or those whose name starts with START\n"
+      "  sim_events [TEXT]  the game events that sim_event fires and scripts listen to, with their fields\n"
+      "  find sim_          the commands that play the players' and the game's part (sim_connect, sim_say,\n"
+      "                     sim_kill, ...)\n"
+      "  quit               ends the server (Ctrl-D at the prompt does too)\n"
+      "Scripts: the README's sections \"Writing scripts\" and \"For script authors\".\n");
 }
 
 void Help_f() {
+  if (Cmd().Argc() < 2) {
+    HelpGuide();
+    return;
+  }
   ConCommandBase* c = g_standIn->Console().FindCommandBase(Cmd().Argv(1));
   if (!c) {
-    Msg("help: no command or variable \"%s\"\n", Cmd().Argv(1));
+    Msg("help: no command or variable \"%s\"; find %s looks for it in names and help texts\n", Cmd().Argv(1),
+        Cmd().Argv(1));
     return;
   }
   PrintEntry(c);
+  const char* usage = c->IsCommand() ? static_cast<ConCommand*>(c)->GetUsage() : nullptr;
+  if (usage) Msg("%s", usage);
 }
 
 // ---- levels ----
@@ -277,6 +312,25 @@ void PrintEventValues(CGameEvent* event) {
   Msg("sim_event: firing %s%s\n", event->GetName(), values.c_str());
 }
 
+// The declared events, grouped by the file that declared them, with their fields and types.
+void SimEvents_f() {
+  const char* needle = Cmd().Argv(1);
+  std::string file;
+  int shown = 0;
+  for (const EventDescriptor* d : g_standIn->Events().DeclaredEvents()) {
+    if (needle[0] && !Q_stristr(d->name.c_str(), needle)) continue;
+    if (d->file != file) {
+      file = d->file;
+      Msg("Declared in %s:\n", file.c_str());
+    }
+    std::string fields;
+    for (const auto& [name, type] : d->fields) fields += " " + name + ":" + EventFieldTypeName(type);
+    Msg("  %s%s\n", d->name.c_str(), fields.c_str());
+    ++shown;
+  }
+  Msg("%d events; sim_event NAME [KEY VALUE]... fires one, a script's \"event NAME\" section hears it\n", shown);
+}
+
 void SimEvent_f() {
   if (Cmd().Argc() % 2 != 0) {
     PrintConsoleUsage();
@@ -302,10 +356,11 @@ const ConsoleCommandDef kCommands[] = {
     {"wait", Wait_f, "Lets the rest of the command buffer wait one frame, or the number of frames given.", 0},
     {"quit", Quit_f, "Ends the level, unloads the plugin and stops the server.", 0},
     {"cvarlist", Cvarlist_f, "Lists the console variables, or those whose name starts with the text given.", 0},
-    {"find", Find_f, "Lists commands and variables whose name or help holds the text given.", 0, 2,
-     "Usage: find <text>: lists commands and variables whose name or help holds the text\n"},
-    {"help", Help_f, "Shows the value and help of a variable, or the help of a command.", 0, 2,
-     "Usage: help <command or variable>\n"},
+    {"find", Find_f,
+     "Lists commands and variables whose name or help holds the text given; internal ones too after -all.", 0, 2,
+     "Usage: find [-all] <text>: lists commands and variables whose name or help holds the text\n"},
+    {"help", Help_f, "Shows the value and help of a variable, or the help and usage of a command; alone, how to "
+                     "find things.", 0, 0, "Usage: help [command or variable]\n"},
     {"map", Map_f, "Starts the level of the given name.", 0, 2, "Usage: map <map>\n"},
     {"changelevel", Map_f, "Changes to the level of the given name.", 0, 2, "Usage: changelevel <map>\n"},
     {"status", Status_f, "Shows the server's name, level, players and time.", 0},
@@ -315,6 +370,8 @@ const ConsoleCommandDef kCommands[] = {
      "Usage: sim_frames <count>: lets that many frames pass before the next command\n"},
     {"sim_advance", SimAdvance_f, "Lets the given number of seconds of game time pass before the next command.", 0, 2,
      "Usage: sim_advance <seconds>: lets that much game time pass before the next command\n"},
+    {"sim_events", SimEvents_f, "Lists the declared game events with their fields, or those whose name holds the "
+                                "text given.", 0},
     {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0, 2,
      "Usage: sim_event <event> [<key> <value>]...: fires a game event\n"},
     {"sim_writefile", SimWriteFile_f, "Writes a file under the mod directory: sim_writefile <path> [line]...", 0, 2,

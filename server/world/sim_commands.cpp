@@ -154,7 +154,11 @@ void SimHurt_f() {
 }
 
 void SimSpawn_f() {
-  if (CClient* client = ClientArg(1)) SimWorld().Spawn(*client);
+  CClient* client = ClientArg(1);
+  if (!client) return;
+  SimWorld().Spawn(*client);
+  Msg("Client \"%s\" (userid %d) spawned with %d health\n", client->name.c_str(), client->userid,
+      client->entity->fields.health);
 }
 
 // ---- setting state ----
@@ -287,10 +291,13 @@ void SimWatch_f() {
     Msg("sim_watch: no event is watched\n");
     return;
   }
+  std::string watched;
   for (int i = 1; i < Argc(); ++i) {
-    if (events.FindListener(&g_watcher, Argv(i))) continue;
-    if (!events.AddListener(&g_watcher, Argv(i), true)) Msg("sim_watch: no event \"%s\" is declared\n", Argv(i));
+    events.AddListener(&g_watcher, Argv(i), true);
+    const EventDescriptor* d = events.FindDescriptor(Argv(i));
+    watched += std::string(i > 1 ? ", " : " ") + Argv(i) + (d && !d->file.empty() ? "" : " (not declared yet)");
   }
+  Msg("sim_watch: watching%s\n", watched.c_str());
 }
 
 const ConsoleCommandDef kCommands[] = {
