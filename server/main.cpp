@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 
+#include "init_tree.h"
 #include "interactive.h"
 #include "options.h"
 #include "plugin_loader.h"
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
     Warning("tidewright-server: %s\n%s", error.c_str(), ServerUsage().c_str());
     return 2;
   }
+  if (options.action == ServerAction::Init) return InitServerRoot(options.initRoot, argv[0]) ? 0 : 1;
   if (options.action != ServerAction::Run) {
     Msg("%s", (options.action == ServerAction::Help ? ServerHelp() : ServerVersion()).c_str());
     return 0;

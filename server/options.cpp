@@ -107,6 +107,13 @@ const OptionRow kOptions[] = {
     {"--cbuf-size", nullptr, "BYTES", "Capacity of the command buffer.",
      [](const char* v, ServerOptions& o) { return SetInt(v, 1, 1LL << 31, o.config.cbufCapacity); },
      [](const ServerOptions& o) { return std::to_string(o.config.cbufCapacity); }},
+    {"--init", nullptr, "DIR",
+     "Makes a new server root in DIR (DIR/game, DIR/hl2) to start with --game DIR/game, then ends.",
+     [](const char* v, ServerOptions& o) {
+       o.initRoot = Absolute(v);
+       return o.action = ServerAction::Init, true;
+     },
+     nullptr},
     {"--help", "-h", nullptr, "Prints this text and ends.",
      [](const char*, ServerOptions& o) { return o.action = ServerAction::Help, true; }, nullptr},
     {"--version", nullptr, nullptr, "Prints the version and ends.",

@@ -7,13 +7,14 @@
 #include "standin.h"
 
 // What the command line asks for besides running a server.
-enum class ServerAction { Run, Help, Version };
+enum class ServerAction { Run, Help, Version, Init };
 
 struct ServerOptions {
   StandInConfig config;
   std::string pluginPath;  // empty: libtidewright.so next to the binary
   bool noPlugin = false;   // --no-plugin: run without any plugin
   ServerAction action = ServerAction::Run;
+  std::string initRoot;    // --init: the server root to make
 };
 
 // False with a message in `error` for an unknown option or a bad value.

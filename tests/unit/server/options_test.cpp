@@ -49,6 +49,10 @@ TEST(ServerOptions, DefaultsHelpVersionAndRefusals) {
     EXPECT_TRUE(Parse({word}, h, error));
     EXPECT_EQ(h.action, action) << word;
   }
+  ServerOptions init;
+  EXPECT_TRUE(Parse({"--init", "/srv/new"}, init, error));
+  EXPECT_EQ(init.action, ServerAction::Init);
+  EXPECT_EQ(init.initRoot, "/srv/new");
   struct Bad {
     std::vector<std::string> words;
     const char* error;
@@ -79,7 +83,7 @@ TEST(ServerOptions, HelpDescribesEveryOptionOfTheSynopsis) {
     EXPECT_NE(help.find("\n  " + spelled), std::string::npos) << spelled;
     ++options;
   }
-  EXPECT_EQ(options, 11u);
+  EXPECT_EQ(options, 12u);
   EXPECT_NE(help.find("Default: " + std::string(TW_DEFAULT_GAME_DIR) + "."), std::string::npos);
   for (size_t start = 0, end; (end = help.find('\n', start)) != std::string::npos; start = end + 1)
     EXPECT_LE(end - start, 100u) << help.substr(start, end - start);
