@@ -121,16 +121,20 @@ void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { KeepDoor<PrefixTwin
 
 int PythonRowCount() { return int(PythonRows().size()); }
 
-const CommandRow& PythonRow(int index) { return *PythonRows()[size_t(index)]; }
+const CommandRow& PythonRow(int index) {
+  TW_ASSERT(index >= 0 && index < PythonRowCount(), "a Python row within the list");
+  return *PythonRows()[size_t(index)];
+}
 
 // ---- the current record ----
 
-CurrentArgsScope::CurrentArgsScope(CommandArgs* fresh) : m_outer(g_currentArgs) {
+CurrentArgsScope::CurrentArgsScope(CommandArgs* fresh) : m_outer(g_currentArgs), m_record(fresh) {
   g_currentArgs = fresh;
   ++s_doorDepth;
 }
 
 CurrentArgsScope::~CurrentArgsScope() {
+  TW_ASSERT(s_doorDepth > 0 && g_currentArgs == m_record, "door calls end in the reverse order of their start");
   if (--s_doorDepth > 0) {
     delete g_currentArgs;
     g_currentArgs = m_outer;

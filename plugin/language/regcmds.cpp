@@ -1,6 +1,7 @@
 // Registered commands: the tables of words bound to blocks, regcmd/regsaycmd/regclientcmd and their
 // removal, tw__cmdproxy and tw__clientcmdproxy, the say path that CSayWrap runs in place of say/say_team,
-// and the client commands that reach the plugin's ClientCommand. Running the blocks is the execution engine's (DoBlock).
+// and the client commands that reach the plugin's ClientCommand. Running the blocks is the execution
+// engine's (DoBlock).
 #include "language/regcmds.h"
 
 #include <cctype>
