@@ -91,12 +91,10 @@ private:
 
 namespace {
 
-// Door objects live as long as the process, through the engine's shutdown included: this list is never
-// destroyed, so they stay ours whatever becomes of the engine's chain.
+// Door objects live as long as the process.
 template <class Door, class... Args>
 void KeepDoor(Args&&... args) {
-  static std::vector<ConCommand*>& doors = *new std::vector<ConCommand*>;
-  doors.push_back(new Door(std::forward<Args>(args)...));
+  KeepCommand(new Door(std::forward<Args>(args)...));
 }
 
 // Filled at static initialisation, in whatever order the tables' files come; never destroyed.
