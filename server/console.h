@@ -72,7 +72,7 @@ public:
   ConVar* CreateVar(const char* name, const char* value, int flags, const char* help);
 
   // The engine's current command, which table commands check their counts against. A console without
-  // one (a bare console in a test) checks no counts.
+  // one (a bare console in a test) counts no arguments.
   void SetCurrentCommand(const ConsoleCommand* const* current) { m_current = current; }
   int CurrentArgc() const { return m_current && *m_current ? (*m_current)->Argc() : 0; }
   bool CheatsAllowed();

@@ -149,6 +149,21 @@ void InterruptAtPrompt() {
   rl_redisplay();
 }
 
+// SIGINT goes to OnInterrupt and stays blocked but in the wait for input, which it ends: a Ctrl-C can't
+// slip in between the loop's test and its wait. Gives the signal mask for that wait.
+sigset_t TakeInterrupts() {
+  struct sigaction action = {};
+  action.sa_handler = OnInterrupt;
+  sigemptyset(&action.sa_mask);
+  sigaction(SIGINT, &action, nullptr);
+  sigemptyset(&g_prompt.interrupt);
+  sigaddset(&g_prompt.interrupt, SIGINT);
+  sigset_t waiting;
+  sigprocmask(SIG_BLOCK, &g_prompt.interrupt, &waiting);
+  sigdelset(&waiting, SIGINT);
+  return waiting;
+}
+
 }  // namespace
 
 void RunInteractive(CStandIn& server) {
@@ -158,16 +173,7 @@ void RunInteractive(CStandIn& server) {
   if (!g_prompt.history.empty() && read_history(g_prompt.history.c_str()) != 0) write_history(g_prompt.history.c_str());
   rl_attempted_completion_function = Complete;
   rl_catch_signals = 0;
-  struct sigaction action = {};
-  action.sa_handler = OnInterrupt;
-  sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  // Blocked but in the wait for input, which it ends: a Ctrl-C can't slip in between the test and the wait.
-  sigemptyset(&g_prompt.interrupt);
-  sigaddset(&g_prompt.interrupt, SIGINT);
-  sigset_t waiting;
-  sigprocmask(SIG_BLOCK, &g_prompt.interrupt, &waiting);
-  sigdelset(&waiting, SIGINT);
+  sigset_t waiting = TakeInterrupts();
   ShowPrompt(true);
   while (!g_prompt.done) {
     fd_set in;

@@ -62,8 +62,6 @@ public:
   // still busy at the end of its bounds, the next line goes to the head of the buffer instead, so that an
   // operator can stop a runaway script. A line that doesn't fit in the buffer is reported by its text.
   void RunLine(const char* line);
-  // True while what a line queued outlasted the settle bounds and still waits in the buffer.
-  bool Busy() const { return m_busy; }
   // Empties the command buffer and ends any wait, with a message: Ctrl-C at a prompt.
   void Interrupt();
   // Asks the run in progress to stop at its next command as Interrupt does. Safe in a signal handler.
@@ -152,7 +150,7 @@ private:
   std::string m_mapName;
   std::string m_pendingMap;
   bool m_levelActive = false;
-  bool m_busy = false;
+  bool m_busy = false;  // what a line queued outlasted the settle bounds and still waits
   bool m_quit = false;
   bool m_shutDown = false;
   CStandIn* m_previous = nullptr;  // current before this one

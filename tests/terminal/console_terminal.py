@@ -21,7 +21,9 @@ import time
 CTRL_C = b"\x03"
 CTRL_D = b"\x04"
 UP = b"\x1b[A"
-TIMEOUT = 20.0
+# Generous: a runaway line takes its whole budget of commands before the prompt returns, which takes a
+# while in the sanitizer build.
+TIMEOUT = 180.0
 
 # A block that queues itself twice: it fills the command buffer and keeps it full.
 FLOOD = "block flood\n{\n  tw_doblock flood/flood\n  tw_doblock flood/flood\n}\n"
@@ -148,7 +150,7 @@ def check_runaway(build, root, home):
     os.makedirs(os.path.join(root, "game/addons/tidewright/flood"), exist_ok=True)
     with open(os.path.join(root, "game/addons/tidewright/flood/tw_flood.txt"), "w") as f:
         f.write(FLOOD)
-    c = start(build, root, home)
+    c = start(build, root, home, "--cbuf-size", "100000")
     c.send(b"tw_load flood\n")
     c.expect(PROMPT)
     # Ctrl-C while the line runs empties the buffer and gives the prompt back.
