@@ -13,7 +13,8 @@ name=$(basename "$(dirname "$scenario")")/$(basename "$scenario")
 marker='==== input ===='
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/tw-scenario-${name//\//.}.XXXXXX")
-trap 'rm -rf "$work"' EXIT
+input=$(mktemp "${TMPDIR:-/tmp}/tw-scenario-input.XXXXXX")
+trap 'rm -rf "$work" "$input"' EXIT
 
 # The server root: the demo tree as built, then the scenario's own game files over it.
 cp -rL "$demo/." "$work/"
@@ -26,11 +27,9 @@ if [ -f "$scenario/args" ]; then
   eval "args=($(head -n 1 "$scenario/args"))"
 fi
 
-output=$(
-  cd "$work" &&
-    { echo "echo $marker"; cat "$scenario/input.txt"; } |
-    "$build/tidewright-server" --game "$work/game" "${args[@]}" 2>&1
-)
+# From a file, not a pipe: a server that ends without reading its input leaves no writer to a broken pipe.
+{ echo "echo $marker"; cat "$scenario/input.txt"; } >"$input"
+output=$(cd "$work" && "$build/tidewright-server" --game "$work/game" "${args[@]}" <"$input" 2>&1)
 status=$?
 # Paths of the temporary copy differ from run to run, and the build folder from checkout to checkout.
 output=${output//$work/@ROOT@}
