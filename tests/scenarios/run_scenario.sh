@@ -7,10 +7,11 @@ set -uo pipefail
 scenario=$(cd "$1" && pwd)
 build=$(cd "$2" && pwd)
 demo=$(cd "$3" && pwd)
-name=$(basename "$scenario")
+# Named <area>/<name> in messages, as the folders are.
+name=$(basename "$(dirname "$scenario")")/$(basename "$scenario")
 marker='==== input ===='
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tw-scenario-$name.XXXXXX")
+work=$(mktemp -d "${TMPDIR:-/tmp}/tw-scenario-${name//\//.}.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
 # The server root: demo/ with symlinks followed, then the scenario's own game files over it.
