@@ -45,7 +45,7 @@ void QueueFirstLine(const Instruction& start, const char* name) {
 void FillInstruction(const CBlock* block, Instruction& instruction) {
   instruction.cmd = block->firstLine->text;
   instruction.next = block->firstLine->next;
-  instruction.line = block->firstLine->fileName;
+  instruction.line = block->FileName();
 }
 
 }  // namespace
@@ -143,7 +143,7 @@ bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
   if (!line) return false;
   instruction.cmd = line->text;
   instruction.next = line->next;
-  instruction.line = line->fileName;
+  instruction.line = line->block->FileName();
   DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
          static_cast<unsigned long long>(handle), instruction.cmd);
   return instruction.next != nullptr;
