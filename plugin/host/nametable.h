@@ -28,22 +28,16 @@ public:
     return h;
   }
 
-  Handle Find(const char* name) const {
-    if (!name) return kNotFound;
-    uint32_t b = Hash(name) & (kBuckets - 1);
-    const Bucket& bucket = m_buckets[b];
-    for (size_t i = 0; i < bucket.size(); ++i)
-      if (Same(bucket[i].key, name)) return (b << 16) | Handle(i);
-    return kNotFound;
-  }
+  Handle Find(const char* name) const { return name ? Find(name, Hash(name)) : kNotFound; }
 
   // Adds the entry unless its name is there; either way gives the handle of the entry of that name.
   Handle Insert(const char* name, V value) {
-    Handle found = Find(name);
+    const uint32_t hash = Hash(name);
+    Handle found = Find(name, hash);
     if (found != kNotFound) return found;
-    uint32_t b = Hash(name) & (kBuckets - 1);
+    uint32_t b = hash & (kBuckets - 1);
     Bucket& bucket = m_buckets[b];
-    bucket.push_back(Entry{Key(name), std::move(value)});
+    bucket.push_back(Entry{Key(name), std::move(value), hash});
     ++m_count;
     return (b << 16) | Handle(bucket.size() - 1);
   }
@@ -77,7 +71,16 @@ private:
   struct Entry {
     Key key;
     V value;
+    uint32_t hash;  // the whole hash: an exact table compares texts only where it matches
   };
+
+  Handle Find(const char* name, uint32_t hash) const {
+    uint32_t b = hash & (kBuckets - 1);
+    const Bucket& bucket = m_buckets[b];
+    for (size_t i = 0; i < bucket.size(); ++i)
+      if ((m_ignoreCase || bucket[i].hash == hash) && Same(bucket[i].key, name)) return (b << 16) | Handle(i);
+    return kNotFound;
+  }
   using Bucket = std::vector<Entry>;
 
   static const char* Text(const std::string& key) { return key.c_str(); }

@@ -3,6 +3,7 @@
 // tw__eb) plus tw_xdoblock/tw_doblock.
 #include "script/machine.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +23,17 @@ namespace {
 constexpr size_t kByteStackStart = 32;
 constexpr size_t kPointerStackStart = 8;
 
+// "tw__ip <handle>\n", the command that runs a line: written by hand, as every script line pays for it.
+struct StepCommand {
+  char text[48];
+  explicit StepCommand(LineHandle handle) {
+    memcpy(text, "tw__ip ", 7);
+    char* end = std::to_chars(text + 7, text + sizeof text - 2, handle).ptr;
+    end[0] = '\n';
+    end[1] = '\0';
+  }
+};
+
 template <class T>
 void PopInto(std::vector<T>& stack, T& field) {
   if (stack.empty()) return;  // a stray tw__eb leaves the field as it is
@@ -36,9 +48,7 @@ void QueueFirstLine(const Instruction& start, const char* name) {
     ImmediateExecuteCommand(start.cmd);
     return;
   }
-  char next[48];
-  snprintf(next, sizeof next, "tw__ip %llu\n", static_cast<unsigned long long>(start.next->handle));
-  ImmediateExecuteCommand(next);
+  ImmediateExecuteCommand(StepCommand(start.next->handle).text);
   ImmediateExecuteCommand(start.cmd);
 }
 
@@ -193,9 +203,7 @@ void InstructionPointer_f() {
     ClearInstruction();
     return;
   }
-  char next[48];
-  snprintf(next, sizeof next, "tw__ip %llu\n", static_cast<unsigned long long>(ip.next->handle));
-  ImmediateExecuteCommand(next);
+  ImmediateExecuteCommand(StepCommand(ip.next->handle).text);
   if (g_cached.debug >= 7) DbgMsg(7, "ip.cmd: %s\nip.line: %s\n", ip.cmd, ip.line);
   if (g_cached.scripttrace == 1) {
     const bool internal = strlen(ip.cmd) > 3 && ip.cmd[2] == '_' && ip.cmd[3] == '_';

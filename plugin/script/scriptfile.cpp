@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "filesystem.h"
@@ -33,6 +35,17 @@ bool CopyBounded(char* out, size_t size, const char* text) {
   memcpy(out, text, n);
   out[n] = '\0';
   return fits;
+}
+
+// Writes the pieces one after another into `out` of `size` bytes, cut to fit; gives the full length.
+size_t Join(char* out, size_t size, std::initializer_list<std::string_view> pieces) {
+  size_t length = 0;
+  for (std::string_view piece : pieces) {
+    if (length < size) memcpy(out + length, piece.data(), std::min(piece.size(), size - 1 - length));
+    length += piece.size();
+  }
+  out[std::min(length, size - 1)] = '\0';
+  return length;
 }
 
 void TrimBothEnds(char* text) {
@@ -93,7 +106,7 @@ CBlock::CBlock(const char* fullName, CScript* owner, bool event) : script(owner)
   baseName = slash ? slash + 1 : name;
   DbgMsg(5, "CBlock: Basename: %s\n", baseName);
   char first[MAX_BLOCK_NAME + 16];
-  snprintf(first, sizeof first, "tw__sb %s\n", name);
+  Join(first, sizeof first, {"tw__sb ", name, "\n"});
   firstLine = lastLine = NewLine(owner->arena.CopyText(first));
   handle = g_blockHandles.Add(this);
   if (!handle) owner->handlesRefused = true;
@@ -206,7 +219,7 @@ CBlock* CScript::OpenBlock(const char* sectionName, bool isEvent) {
   ++blockCount;
   char fullName[MAX_SCRIPT_NAME + MAX_SECTION_NAME + 16];
   if (sectionName)
-    snprintf(fullName, sizeof fullName, "%s/%s", name, sectionName);
+    Join(fullName, sizeof fullName, {name, "/", sectionName});
   else
     snprintf(fullName, sizeof fullName, "%s.b%d", name, blockCount);
   if (strlen(fullName) >= MAX_BLOCK_NAME)
@@ -254,7 +267,7 @@ void CScript::CreateBlocks(Reader& reader, bool isEvent, const char* sectionName
     } else if (*p == '{') {
       open.push_back(OpenBlock(nullptr, false));
     } else {
-      snprintf(text, sizeof text, "%s\n", p);
+      Join(text, sizeof text, {p, "\n"});
       open.back()->AddLine(text, lineNumber);
     }
   }

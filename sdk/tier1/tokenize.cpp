@@ -8,15 +8,11 @@ namespace {
 // One flag per byte value; bytes with the high bit set are ordinary characters.
 struct BreakSet {
   bool flags[256] = {};
-  BreakSet() {
+  constexpr BreakSet() {
     for (unsigned char c : {'{', '}', '(', ')', '\'', ':'}) flags[c] = true;
   }
 };
-
-const BreakSet& Breaks() {
-  static const BreakSet set;
-  return set;
-}
+constexpr BreakSet kBreaks;
 
 inline bool IsSpace(unsigned char c) { return c >= 1 && c <= 32; }
 
@@ -33,12 +29,18 @@ struct TokenWriter {
 
 }  // namespace
 
-bool IsBreakChar(unsigned char c) { return Breaks().flags[c]; }
+bool IsBreakChar(unsigned char c) { return kBreaks.flags[c]; }
 
 const char* ParseToken(const char* text, char* out, int outSize) {
+  int length;
+  return ParseToken(text, out, outSize, length);
+}
+
+const char* ParseToken(const char* text, char* out, int outSize, int& length) {
   out[0] = '\0';
+  length = 0;
   if (!text) return nullptr;
-  const BreakSet& breaks = Breaks();
+  const BreakSet& breaks = kBreaks;
   const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
 
   for (;;) {
@@ -62,15 +64,12 @@ const char* ParseToken(const char* text, char* out, int outSize) {
     ++p;
     while (*p && *p != '"') w.Put(char(*p++));
     if (*p == '"') ++p;
-    w.End();
-    return reinterpret_cast<const char*>(p);
-  }
-  if (breaks.flags[*p]) {
+  } else if (breaks.flags[*p]) {
     w.Put(char(*p++));
-    w.End();
-    return reinterpret_cast<const char*>(p);
+  } else {
+    while (*p && !IsSpace(*p) && !breaks.flags[*p]) w.Put(char(*p++));
   }
-  while (*p && !IsSpace(*p) && !breaks.flags[*p]) w.Put(char(*p++));
   w.End();
+  length = w.len;
   return reinterpret_cast<const char*>(p);
 }
