@@ -15,15 +15,17 @@ void ConsoleCommand::Tokenize(const char* text) {
   m_text.assign(text ? text : "");
   size_t end = m_text.size();
   while (end > 0 && IsBlank(m_text[end - 1])) --end;
-  m_line.assign(m_text, 0, end);
+  // Most commands end without white space, and their text serves as the line as it is.
+  if (end < m_text.size()) m_line.assign(m_text, 0, end);
+  m_lineText = end < m_text.size() ? m_line.c_str() : m_text.c_str();
   m_argc = 0;
-  m_argsStart = m_line.size();
+  m_argsStart = end;
   // Each token is at most as long as the text it came from, so the token store never reallocates below;
   // it only grows, so a store that is large enough already isn't cleared again.
-  const size_t need = m_line.size() + CMD_MAX_ARGS + 1;
+  const size_t need = end + CMD_MAX_ARGS + 1;
   if (m_tokens.size() < need) m_tokens.resize(need);
 
-  const char* p = m_line.c_str();
+  const char* p = m_lineText;
   size_t used = 0;
   while (m_argc < CMD_MAX_ARGS) {
     int length = 0;
@@ -35,7 +37,7 @@ void ConsoleCommand::Tokenize(const char* text) {
     p = next;
     if (m_argc == 1) {
       while (IsBlank(*p)) ++p;
-      m_argsStart = size_t(p - m_line.c_str());
+      m_argsStart = size_t(p - m_lineText);
     }
   }
 }

@@ -154,8 +154,9 @@ bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
   instruction.cmd = line->text;
   instruction.next = line->next;
   instruction.line = line->block->FileName();
-  DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
-         static_cast<unsigned long long>(handle), instruction.cmd);
+  if (g_cached.debug >= 6)
+    DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
+           static_cast<unsigned long long>(handle), instruction.cmd);
   return instruction.next != nullptr;
 }
 
@@ -195,9 +196,19 @@ namespace {
 
 // tw__ip <line handle>: runs that line, with the tw__ip of its successor behind it. A line without a
 // successor (a block's end line), and a handle of no live line, only mark that no script runs.
+// The handle as strtoull reads it; a text of digits alone, the usual case, is read here.
+LineHandle ReadHandle(const char* text) {
+  constexpr int kSafeDigits = 19;  // fewer can't pass 64 bits
+  LineHandle value = 0;
+  int digits = 0;
+  for (; text[digits] >= '0' && text[digits] <= '9' && digits < kSafeDigits; ++digits)
+    value = value * 10 + LineHandle(text[digits] - '0');
+  return text[digits] == '\0' && digits > 0 ? value : strtoull(text, nullptr, 10);
+}
+
 void InstructionPointer_f() {
   ip.next = nullptr;
-  LineHandle handle = strtoull(engine->Cmd_Args(), nullptr, 10);
+  LineHandle handle = ReadHandle(engine->Cmd_Args());
   if (!ExecNextInstruction(handle, ip)) {
     if (!g_lineHandles.Get(handle)) g_scriptMachine.CloseDeadFrames();
     ClearInstruction();
