@@ -224,13 +224,16 @@ inline uint64_t PlainStops(uint64_t w) {
   return below33 | (w & kHighs) | BytesEqual(w, '"') | BytesEqual(w, '{') | BytesEqual(w, '}');
 }
 
-// Bytes that end a quoted token: the end of the text, a double quote, a line end.
+// Bytes that may end a quoted token: all below 14 (the end of the text and the line ends among them) and
+// double quotes. The others below 14, a tab say, are passed over by the caller.
 inline uint64_t QuotedStops(uint64_t w) {
-  return BytesEqual(w, 0) | BytesEqual(w, '"') | BytesEqual(w, '\n') | BytesEqual(w, '\r');
+  const uint64_t below14 = ~((w & ~kHighs) + kOnes * (0x80 - 14)) & ~w & kHighs;
+  return below14 | BytesEqual(w, '"');
 }
 
 // Copies a token into the token buffer up to its first stop byte, keeping the first 1023 bytes; every byte
 // beyond is reported and dropped. `limit` is one past the text's terminating zero. Gives the stop byte.
+// `Stops` marks the bytes of a word that may end the token; the class decides.
 template <uint64_t (*Stops)(uint64_t), unsigned char kStopClass>
 const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* limit, size_t& kept) {
   size_t n = 0;
@@ -243,7 +246,10 @@ const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* li
         const size_t k = size_t(__builtin_ctzll(stops)) / 8;
         n += k;
         p += k;
-        break;
+        if (kClasses[*p] & kStopClass) break;
+        ++n;  // kept: the word put it in the buffer already
+        ++p;
+        continue;
       }
       n += 8;
       p += 8;
@@ -260,28 +266,32 @@ const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* li
   return p;
 }
 
-
 // Names the reader met lately, by their exact bytes. A data file names the same keys in every record; they
 // find their symbols here without a call into the engine's table. A symbol never changes its text, so an
 // entry stays right for the life of the process.
 class RecentNames {
 public:
   // `source` is where the token stands in the text (its bytes are those of the token buffer); it is read
-  // rather than the buffer just written, and never beyond the token. Up to 16 bytes, the two words that
-  // cover a name are the name. Two names share a set; the one found last stands first.
-  int SymbolOf(const unsigned char* source, size_t length) {
+  // rather than the buffer just written, and never at or past `limit`, one past the text's end. Up to 16
+  // bytes, the two words that cover a name are the name. Two names share a set; the one found last stands
+  // first.
+  int SymbolOf(const unsigned char* source, size_t length, const unsigned char* limit) {
     if (length > kLongest) return System()->GetSymbolForString(s_token);
     Entry key{0, 0, uint32_t(length), -1};
     if (length >= 8) {
       memcpy(&key.head, source, 8);
       memcpy(&key.tail, source + length - 8, 8);
+    } else if (limit - source >= 8) {
+      memcpy(&key.head, source, 8);
+      key.head &= (uint64_t(1) << (8 * length)) - 1;
     } else {
       for (size_t i = 0; i < length; ++i) key.head |= uint64_t(source[i]) << (8 * i);
     }
     Entry* set = m_sets[((key.head ^ (key.tail >> 1) ^ length) * 0x9E3779B97F4A7C15ull) >> (64 - kSetBits)];
     if (set[0].Names(key)) return set[0].symbol;
-    if (set[1].Names(key)) std::swap(set[0], set[1]);
-    else {
+    if (set[1].Names(key)) {
+      std::swap(set[0], set[1]);
+    } else {
       set[1] = set[0];
       key.symbol = System()->GetSymbolForString(s_token);
       set[0] = key;
@@ -312,7 +322,7 @@ public:
   size_t Length() const { return m_length; }  // of the token Next gave last
 
   // The symbol of the token Next gave last.
-  int Symbol() const { return s_recentNames.SymbolOf(m_begin, m_length); }
+  int Symbol() const { return s_recentNames.SymbolOf(m_begin, m_length, m_limit); }
 
   __attribute__((always_inline)) const char* Next(bool& quoted) {
     quoted = false;
@@ -355,7 +365,7 @@ private:
   }
 
   const unsigned char* m_p;
-  const unsigned char* m_limit;             // one past the text's terminating zero
+  const unsigned char* m_limit;            // one past the text's terminating zero
   const unsigned char* m_begin = nullptr;  // the last token's first byte in the text
   size_t m_length = 0;
 };
@@ -394,7 +404,10 @@ inline bool IsCSpace(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\
 // decimal number that strtol doesn't take whole, else text. Tokens without leading white space take the
 // quick way; the answer is the same either way.
 ValueKind ClassifyValue(const char* token, int& asInt) {
-  if (!token[0]) return ValueKind::kText;
+  const unsigned char first = static_cast<unsigned char>(token[0]);
+  if (!first) return ValueKind::kText;
+  const bool numberStart = (first >= '0' && first <= '9') || first == '-' || first == '+' || first == '.';
+  if (!numberStart && !IsCSpace(first)) return ValueKind::kText;
   if (IsCSpace(static_cast<unsigned char>(token[0]))) {
     char* intEnd = nullptr;
     errno = 0;

@@ -90,7 +90,7 @@ private:
   const char* StoreText(const char* name, size_t length) {
     if (m_arenaFree < length + 1) {
       size_t piece = length + 1 > kArenaPiece ? length + 1 : kArenaPiece;
-      m_arena.push_back(std::make_unique<char[]>(piece));
+      m_arena.push_back(std::make_unique_for_overwrite<char[]>(piece));
       m_arenaNext = m_arena.back().get();
       m_arenaFree = piece;
     }
@@ -172,7 +172,7 @@ private:
   }
 
   void AddPiece() {
-    m_pieces.push_back(std::make_unique<char[]>(kSlotSize * kSlotsPerPiece));
+    m_pieces.push_back(std::make_unique_for_overwrite<char[]>(kSlotSize * kSlotsPerPiece));
     char* piece = m_pieces.back().get();
     for (size_t i = kSlotsPerPiece; i-- > 0;) {
       auto* slot = reinterpret_cast<FreeSlot*>(piece + i * kSlotSize);
