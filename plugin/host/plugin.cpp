@@ -17,6 +17,8 @@
 #include "host/engine_surface.h"
 #include "iplayerinfo.h"
 #include "language/wrappers.h"
+#include "library/delayed.h"
+#include "library/math.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
 #include "vstdlib.h"
@@ -118,11 +120,13 @@ void FreeClassNameTable() {
 // ---- steps of LevelInit ----
 
 // The pseudo event "server": each enabled script pack's server.cfg, then the scripts' server sections. It
-// has no event of its own, so its blocks see whatever event is current.
+// has no event of its own, so its blocks see whatever event is current. Delayed commands of the last level
+// are dropped with it.
 void RunServerEvent() {
   if (g_cached.brannock == 0) return;
   DbgMsg(1, "[Tidewright] Executing all registered server.cfgs.\n");
   ExecAllRegistered("server");
+  Delayed_OnLevelInit();
 }
 
 void FireMapStart(const char* mapName) {
@@ -132,7 +136,7 @@ void FireMapStart(const char* mapName) {
 // ---- GameFrame ----
 
 // The work of a frame, run only while the master switch is exactly 1.
-void RunFrameWork() {}
+void RunFrameWork() { Delayed_OnFrame(); }
 
 void ReportLongFrame(float start, float end) {
   float elapsed = end - start;
@@ -180,6 +184,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   ProtectRconPassword();
   FreeClassNameTable();
   DbgMsg(0, "[Tidewright]   Automatically loading tw_corelib.txt...\n");
+  Math_OnLoad();
   LoadAddonFile("corelib");
   DbgMsg(0, "[Tidewright]   Done loading corelib.\n");
   DbgMsg(0, "[Tidewright] Brannock's Tidewright plugin loaded.\n");
@@ -213,6 +218,7 @@ void CTidewrightPlugin::LevelInit(const char* mapName) {
   FireMapStart(TextOrEmpty(mapName));
   RebuildClassNameTable();
   if (g_cached.eiface == 1) ReorderConsoleChain();
+  Math_OnLevelInit();
   DbgMsg(0, "[Tidewright] Loaded successfully.\n");
 }
 
