@@ -3,7 +3,9 @@
 // of the part that owns it; this file only picks the question by the type word.
 #include <strings.h>
 
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "KeyValues.h"
@@ -12,12 +14,11 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "host/server_state.h"
 #include "icvar.h"
 #include "keygroups/keygroups.h"
 #include "language/doors.h"
 #include "language/regcmds.h"
-#include "library/numbers.h"
 #include "script/machine.h"
 
 namespace {
@@ -56,10 +57,11 @@ bool CommandExists(const ExistsNames& names) {
   return found;
 }
 
-// A connected player with that userid stands in one of the player slots.
+// A connected player with that userid stands in one of the player slots. Userids are above 0 and fit an int.
 bool UseridExists(const ExistsNames& names) {
-  const int userid = ParseScriptInt(names.a);
-  if (userid <= 0) return false;
+  const long number = strtol(names.a, nullptr, 10);
+  if (number <= 0 || number > INT_MAX) return false;
+  const int userid = int(number);
   for (int index = 1; index <= MaxClients; ++index) {
     edict_t* edict = engine->PEntityOfEntIndex(index);
     if (edict && !edict->IsFree() && engine->GetPlayerUserId(edict) == userid) return true;
