@@ -205,16 +205,18 @@ void StrLen_h(bool expand, bool fromConsole) {
 
 // ---- the format family ----
 
-// Fills the placeholders from the arguments behind the format: as they stand, or the texts of the
-// variables they name, or those texts quoted for SQL. False when a named variable is missing: nothing is
-// stored then.
+// Where a format command takes the values of its placeholders: the arguments behind the format as they
+// stand, the texts of the variables they name, or those texts quoted for SQL.
 enum class FormatValues { Arguments, Variables, QuotedVariables };
 
+// What SQLite's quoting reports when it gives no text; the pass goes on with the placeholder left in place.
 void ReportMissingValue() {
   ReportScriptError(0, "ERROR: You did not provide enough parameters for the string you specified.\n");
   SetLastErrorText("Not enough arguments.");
 }
 
+// Fills one placeholder from the variable `name`; false, after the report, when it is missing, and the
+// command then stores nothing.
 bool FillFromVariable(FormatText& text, int number, const char* name, bool quoted) {
   ConVar* var = FindOrCreateServerVar(name, "", false);
   if (!var) {

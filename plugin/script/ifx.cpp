@@ -39,10 +39,10 @@ bool IsEmptyValue(const char* text) {
   return (integer || *end == '\0') && value == 0.0;
 }
 
-// Applies a test of a variable's truth: a missing variable fails in both modes.
-void TestVariable(const char* name, bool wantTrue) {
+// Mode true holds for a variable that isn't empty, mode false for one that is; a missing variable fails both.
+void TestVariable(const char* name, bool trueMode) {
   ConVar* var = FindServerVar(name);
-  if (var && IsEmptyValue(var->GetString()) != wantTrue)
+  if (var && IsEmptyValue(var->GetString()) != trueMode)
     ConditionTrue(nullptr, true);
   else
     ConditionFalse(true);
