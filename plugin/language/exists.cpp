@@ -125,8 +125,8 @@ const ExistsKind* KindOf(const char* word) {
 }
 
 // False, after the report, when the user tree or its "UserGroups" is missing: no value is stored then.
-bool KeyKindsReady(const ExistsKind& kind) {
-  if (!KeysReady("Keys not ready, yet")) return false;
+bool KeyKindsReady(bool expand, const ExistsKind& kind) {
+  if (!KeyArgs(expand).Ready()) return false;
   return kind.test != KeygroupExists || FindUserGroups() != nullptr;
 }
 
@@ -138,7 +138,7 @@ void Exists_h(bool expand, bool fromConsole) {
   const ExistsNames names{args.Argv(3 + shift), count >= 5 ? args.Argv(4 + shift) : nullptr,
                           count >= 6 ? args.Argv(5 + shift) : nullptr};
   const ExistsKind* kind = KindOf(args.Argv(2 + shift));
-  if (kind && kind->needsKeys && !KeyKindsReady(*kind)) return;
+  if (kind && kind->needsKeys && !KeyKindsReady(expand, *kind)) return;
   ReturnInt(fromConsole, args.Argv(1), kind && kind->test(names) ? 1 : 0);
 }
 

@@ -22,6 +22,7 @@
 #include "host/engine_surface.h"
 #include "language/doors.h"
 #include "library/numbers.h"
+#include "tier0.h"
 #include "vstdlib.h"
 
 namespace {
@@ -59,7 +60,10 @@ double* BindName(const char* name, void*) {
 }
 
 void LoadBindings() {
-  for (Binding& binding : Shared().bindings) binding.value = binding.loaded = double(binding.var->m_fValue);
+  for (Binding& binding : Shared().bindings) {
+    TW_ASSERT(binding.var == binding.var->GetParent(), "a binding holds the variable whose values live in it");
+    binding.value = binding.loaded = double(binding.var->m_fValue);
+  }
 }
 
 // A changed slot goes to the variable's float only; its text stays as it was.

@@ -20,6 +20,7 @@
 #include "language/doors.h"
 #include "language/textbuf.h"
 #include "library/sqlpaths.h"
+#include "tier0.h"
 
 namespace {
 
@@ -68,6 +69,7 @@ struct RowTarget {
 };
 
 KeyValues* NewRow(RowTarget& target) {
+  TW_ASSERT(target.group, "a query has a keygroup target only once the group is found");
   if (!target.last) {
     target.last = target.group->CreateNewKey();
     target.next = atoi(target.last->GetName()) + 1;

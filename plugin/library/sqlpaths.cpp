@@ -16,6 +16,7 @@
 #include "eiface.h"
 #include "host/engine_surface.h"
 #include "language/textbuf.h"
+#include "tier0.h"
 
 namespace {
 
@@ -116,6 +117,7 @@ SqlPathCheck Sql_ConfinePath(const std::string& root, const std::string& path) {
     if (target[0] == '/') resolved.assign(1, '/');
     PushFront(rest, target);
   }
+  TW_ASSERT(resolved[0] == '/', "the walk starts at / and never leaves it");
   return Inside(root, resolved) ? Allowed(std::move(resolved)) : Refused(kOutside);
 }
 
