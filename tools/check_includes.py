@@ -24,11 +24,11 @@ LAYOUT = [
               "events/current_event.*", "events/plugin_events.h"],
      ["KeyValues"]),
     ("keygroups", ["keygroups/*"], ["base", "KeyValues"]),
-    ("script", ["script/*"], ["base", "KeyValues", "keygroups"]),
-    ("language", ["language/*"], ["base", "KeyValues", "script"]),
+    ("script", ["script/*"], ["base", "KeyValues", "keygroups", "library"]),
+    ("language", ["language/*"], ["base", "KeyValues", "script", "keygroups"]),
     ("packs", ["packs/*"], ["base", "KeyValues", "script"]),
     ("events", ["events/*"], ["base", "KeyValues", "packs", "script"]),
-    ("library", ["library/*"], ["base", "KeyValues"]),
+    ("library", ["library/*"], ["base", "KeyValues", "keygroups"]),
     ("python", ["python/*"], ["base", "KeyValues"]),
 ]
 

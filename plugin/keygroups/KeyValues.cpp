@@ -165,9 +165,10 @@ private:
 // static destruction.
 TextPool s_texts;
 
-char* CopyText(const char* text, size_t length) { return s_texts.Copy(text, length); }
+// A node's value text: from the pool, back to it through ClearValue.
+char* NewValueText(const char* text, size_t length) { return s_texts.Copy(text, length); }
 
-char* CopyText(const char* text) { return CopyText(text, strlen(text)); }
+char* NewValueText(const char* text) { return NewValueText(text, strlen(text)); }
 
 // ---- the lexer ----
 
@@ -743,7 +744,7 @@ bool KeyValues::IsEmpty(const char* name) {
 void KeyValues::SetString(const char* name, const char* value) {
   KeyValues* key = FindKey(name, true);
   if (!key) return;
-  char* copy = CopyText(value ? value : "");  // copied first: value may be this key's own text
+  char* copy = NewValueText(value ? value : "");  // copied first: value may be this key's own text
   key->ClearValue();
   key->m_sValue = copy;
   key->m_iDataType = TYPE_STRING;
@@ -781,7 +782,7 @@ KeyValues* KeyValues::MakeCopy() const {
   copy->m_iDataType = m_iDataType;
   copy->m_bHasEscapeSequences = m_bHasEscapeSequences;
   copy->m_pValue = m_pValue;
-  if (m_sValue) copy->m_sValue = CopyText(m_sValue);
+  if (m_sValue) copy->m_sValue = NewValueText(m_sValue);
   KeyValues* last = nullptr;
   for (KeyValues* sub = m_pSub; sub; sub = sub->m_pPeer) {
     KeyValues* subCopy = sub->MakeCopy();
@@ -815,15 +816,15 @@ void KeyValues::RecursiveCopyKeyValues(KeyValues& source) {
       char buf[64];
       switch (src->m_iDataType) {
         case TYPE_STRING:
-          dest->m_sValue = CopyText(src->m_sValue ? src->m_sValue : "");
+          dest->m_sValue = NewValueText(src->m_sValue ? src->m_sValue : "");
           break;
         case TYPE_INT:
           snprintf(buf, sizeof buf, "%d", src->m_iValue);
-          dest->m_sValue = CopyText(buf);
+          dest->m_sValue = NewValueText(buf);
           break;
         case TYPE_FLOAT:
           snprintf(buf, sizeof buf, "%f", double(src->m_flValue));
-          dest->m_sValue = CopyText(buf);
+          dest->m_sValue = NewValueText(buf);
           break;
         default:
           break;
@@ -1027,7 +1028,7 @@ void KeyValues::SetValueFromToken(const char* token, size_t length) {
       m_iDataType = TYPE_FLOAT;
       break;
     case ValueKind::kText:
-      m_sValue = CopyText(token, length);
+      m_sValue = NewValueText(token, length);
       m_iDataType = TYPE_STRING;
       break;
   }

@@ -17,15 +17,9 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "script/machine.h"
+#include "tier1/strtools.h"
 
 namespace {
-
-char* CopyText(const char* text) {
-  size_t n = strlen(text) + 1;
-  char* copy = static_cast<char*>(malloc(n));
-  memcpy(copy, text, n);
-  return copy;
-}
 
 // Copies at most size - 1 characters; true when the whole text fitted.
 bool CopyBounded(char* out, size_t size, const char* text) {
@@ -88,7 +82,7 @@ void* ScriptArena::Allocate(size_t bytes, size_t alignment) {
   return reinterpret_cast<void*>(at);
 }
 
-const char* ScriptArena::CopyText(const char* text) {
+const char* ScriptArena::Copy(const char* text) {
   const size_t n = strlen(text) + 1;
   char* copy = static_cast<char*>(Allocate(n, 1));
   memcpy(copy, text, n);
@@ -101,13 +95,13 @@ CBlock::CBlock(const char* fullName, CScript* owner, bool event) : script(owner)
   DbgMsg(5, "Name: %s\n", fullName);
   char bounded[MAX_BLOCK_NAME];
   CopyBounded(bounded, sizeof bounded, fullName);
-  name = owner->arena.CopyText(bounded);
+  name = owner->arena.Copy(bounded);
   const char* slash = strrchr(name, '/');
   baseName = slash ? slash + 1 : name;
   DbgMsg(5, "CBlock: Basename: %s\n", baseName);
   char first[MAX_BLOCK_NAME + 16];
   Join(first, sizeof first, {"tw__sb ", name, "\n"});
-  firstLine = lastLine = NewLine(owner->arena.CopyText(first));
+  firstLine = lastLine = NewLine(owner->arena.Copy(first));
   handle = g_blockHandles.Add(this);
   if (!handle) owner->handlesRefused = true;
 }
@@ -129,7 +123,7 @@ CScriptLine* CBlock::NewLine(const char* text) {
 int CBlock::AddLine(const char* lineText, int number, bool shared) {
   if (closed || !lineText) return -1;
   ++lineCount;
-  CScriptLine* line = NewLine(shared ? lineText : script->arena.CopyText(lineText));
+  CScriptLine* line = NewLine(shared ? lineText : script->arena.Copy(lineText));
   lastLine->next = line;
   lastLine = line;
   DbgMsg(7, "Added block line #%d to block %s:\n  %s", number, name, lineText);

@@ -37,7 +37,7 @@ public:
   ScriptArena& operator=(const ScriptArena&) = delete;
 
   void* Allocate(size_t bytes, size_t alignment);
-  const char* CopyText(const char* text);
+  const char* Copy(const char* text);
 
 private:
   struct Chunk {

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "tier0.h"
+
 // A handle is (serial << SlotBits) | slot. Serials count up over the whole table from 1 and are never
 // reused, so a stale handle can't name the slot's next tenant, and small typed numbers (serial 0) name
 // nothing. A table holds at most 2^SlotBits objects at once: past that, and once its serials run out, it
@@ -31,6 +33,8 @@ public:
       slot = uint32_t(m_slots.size());
       m_slots.push_back({});
     }
+    TW_ASSERT(slot < kMaxSlots && m_slots[slot].handle == kNone, "a new handle's slot is in range and free");
+    TW_ASSERT(m_serial < kMaxSerial, "serials never wrap into the slot bits");
     Handle h = (++m_serial << kSlotBits) | slot;
     m_slots[slot] = {object, h};
     return h;

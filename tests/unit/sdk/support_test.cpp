@@ -1,5 +1,5 @@
 // The support library that the engine and plugins share: output routing, developer messages, the key name
-// table, the command line and the Q_ text helpers.
+// table, the command line, the Q_ text helpers, and TW_ASSERT.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "output_capture.h"
+#include "tier0.h"
 #include "vstdlib.h"
 
 TEST(SupportOutput, MessagesReachTheSpewInOrderAndDevMessagesFollowTheLevel) {
@@ -84,9 +85,30 @@ TEST(SupportText, SliceAndSplit) {
   EXPECT_STREQ(out, "ef");
   Q_StrSlice("abc", 2, 1, out, sizeof out);
   EXPECT_STREQ(out, "");
-  std::vector<std::string> parts;
-  Q_SplitString("a,,b,", ",", parts);
-  EXPECT_EQ(parts, (std::vector<std::string>{"a", "", "b", ""}));
+}
+
+TEST(SupportText, SplitCutsAtTheWholeSeparatorIgnoringCaseAndDropsEmptyPieces) {
+  struct Case {
+    const char* text;
+    const char* separator;
+    std::vector<std::string> pieces;
+  };
+  const Case cases[] = {
+      {"a,,b,", ",", {"a", "b"}},
+      {"a  b", " ", {"a", "b"}},
+      {",,,", ",", {}},
+      {"", ",", {}},
+      {"aXbxc", "x", {"a", "b", "c"}},
+      {"a-b ab-cAB-d", "ab", {"a-b ", "-c", "-d"}},  // the two letters in a row, not either one
+      {"one", "", {"one"}},
+      {"", "", {}},
+      {"abc", "abcd", {"abc"}},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> parts{"left over"};
+    Q_SplitString(c.text, c.separator, parts);
+    EXPECT_EQ(parts, c.pieces) << '"' << c.text << "\" by \"" << c.separator << '"';
+  }
 }
 
 TEST(SupportText, SnprintfAlwaysEndsInsideTheBuffer) {
@@ -155,4 +177,20 @@ TEST(SupportKeyNodes, PoolSlotsAndLargerBlocksKeepTheirBytes) {
   }
   for (void* block : blocks) kvs->FreeKeyValuesMemory(block);
   kvs->FreeKeyValuesMemory(nullptr);
+}
+
+// TW_ASSERT checks in the sanitizer build and aborts with its message; in release it evaluates nothing.
+TEST(SupportAssert, LiveOnlyInTheSanitizerBuild) {
+  int evaluated = 0;
+  auto holds = [&] {
+    ++evaluated;
+    return true;
+  };
+  TW_ASSERT(holds(), "never broken");
+#ifdef TW_SANITIZE
+  EXPECT_EQ(evaluated, 1);
+  EXPECT_DEATH(TW_ASSERT(evaluated == 2, "one evaluation"), "invariant broken: one evaluation \\(evaluated == 2\\)");
+#else
+  EXPECT_EQ(evaluated, 0);
+#endif
 }
