@@ -209,8 +209,6 @@ void BeginAllScriptEvents(const char* name) {
 
 namespace {
 
-// tw__ip <line handle>: runs that line, with the tw__ip of its successor behind it. A line without a
-// successor (a block's end line), and a handle of no live line, only mark that no script runs.
 // The handle as strtoull reads it; a text of digits alone, the usual case, is read here.
 LineHandle ReadHandle(const char* text) {
   constexpr int kSafeDigits = 19;  // fewer can't pass 64 bits
@@ -221,6 +219,8 @@ LineHandle ReadHandle(const char* text) {
   return text[digits] == '\0' && digits > 0 ? value : strtoull(text, nullptr, 10);
 }
 
+// tw__ip <line handle>: runs that line, with the tw__ip of its successor behind it. A line without a
+// successor (a block's end line), and a handle of no live line, only mark that no script runs.
 void InstructionPointer_f() {
   ip.next = nullptr;
   LineHandle handle = ReadHandle(engine->Cmd_Args());

@@ -31,15 +31,14 @@ bool CopyBounded(char* out, size_t size, const char* text) {
   return fits;
 }
 
-// Writes the pieces one after another into `out` of `size` bytes, cut to fit; gives the full length.
-size_t Join(char* out, size_t size, std::initializer_list<std::string_view> pieces) {
+// Writes the pieces one after another into `out` of `size` bytes, cut to fit.
+void Join(char* out, size_t size, std::initializer_list<std::string_view> pieces) {
   size_t length = 0;
   for (std::string_view piece : pieces) {
     if (length < size) memcpy(out + length, piece.data(), std::min(piece.size(), size - 1 - length));
     length += piece.size();
   }
   out[std::min(length, size - 1)] = '\0';
-  return length;
 }
 
 void TrimBothEnds(char* text) {
