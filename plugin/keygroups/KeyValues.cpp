@@ -198,13 +198,20 @@ const unsigned char* CommentEnd(const unsigned char* p) {
 
 // White space and comments. Right at the start of a read a single '/' opens a comment; behind white space
 // it takes two.
-const unsigned char* SkipSpaceAndComments(const unsigned char* p) {
+const unsigned char* SkipSpaceAndCommentsFrom(const unsigned char* p) {
   for (bool atStart = true;; atStart = false) {
     const unsigned char* before = p;
     while (kClasses[*p] & kSpace) ++p;
     if (*p != '/' || !((atStart && p == before) || p[1] == '/')) return p;
     p = CommentEnd(p);
   }
+}
+
+// The same, with the common case (white space, then no '/') kept in line.
+inline const unsigned char* SkipSpaceAndComments(const unsigned char* start) {
+  const unsigned char* p = start;
+  while (kClasses[*p] & kSpace) ++p;
+  return *p == '/' ? SkipSpaceAndCommentsFrom(start) : p;
 }
 
 // ---- word scans: eight bytes at a time, where the text surely holds them ----
@@ -244,10 +251,10 @@ const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* li
       memcpy(&word, p, 8);
       memcpy(s_token + n, &word, 8);  // the buffer has room for the bytes behind the token
       if (uint64_t stops = Stops(word)) {
-        const size_t k = size_t(__builtin_ctzll(stops)) / 8;
-        n += k;
+        const int k = __builtin_ctzll(stops) / 8;
+        n += size_t(k);
         p += k;
-        if (kClasses[*p] & kStopClass) break;
+        if (kClasses[(word >> (8 * k)) & 0xFF] & kStopClass) break;
         ++n;  // kept: the word put it in the buffer already
         ++p;
         continue;
@@ -273,22 +280,24 @@ const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* li
 class RecentNames {
 public:
   // `source` is where the token stands in the text (its bytes are those of the token buffer); it is read
-  // rather than the buffer just written, and never at or past `limit`, one past the text's end. Up to 16
-  // bytes, the two words that cover a name are the name. Two names share a set; the one found last stands
-  // first.
+  // rather than the buffer just written, and never at or past `limit`, one past the text's end. Up to 24
+  // bytes, the three words that cover a name are the name. Two names share a set; the one found last
+  // stands first.
   int SymbolOf(const unsigned char* source, size_t length, const unsigned char* limit) {
     if (length > kLongest) return System()->GetSymbolForString(s_token);
-    Entry key{0, 0, uint32_t(length), -1};
+    Entry key{{0, 0, 0}, uint32_t(length), -1};
     if (length >= 8) {
-      memcpy(&key.head, source, 8);
-      memcpy(&key.tail, source + length - 8, 8);
+      memcpy(&key.words[0], source, 8);
+      memcpy(&key.words[1], source + std::min<size_t>(8, length - 8), 8);
+      memcpy(&key.words[2], source + length - 8, 8);
     } else if (limit - source >= 8) {
-      memcpy(&key.head, source, 8);
-      key.head &= (uint64_t(1) << (8 * length)) - 1;
+      memcpy(&key.words[0], source, 8);
+      key.words[0] &= (uint64_t(1) << (8 * length)) - 1;
     } else {
-      for (size_t i = 0; i < length; ++i) key.head |= uint64_t(source[i]) << (8 * i);
+      for (size_t i = 0; i < length; ++i) key.words[0] |= uint64_t(source[i]) << (8 * i);
     }
-    Entry* set = m_sets[((key.head ^ (key.tail >> 1) ^ length) * 0x9E3779B97F4A7C15ull) >> (64 - kSetBits)];
+    const uint64_t mix = key.words[0] ^ (key.words[1] >> 1) ^ (key.words[2] >> 2) ^ length;
+    Entry* set = m_sets[(mix * 0x9E3779B97F4A7C15ull) >> (64 - kSetBits)];
     if (set[0].Names(key)) return set[0].symbol;
     if (set[1].Names(key)) {
       std::swap(set[0], set[1]);
@@ -301,13 +310,16 @@ public:
   }
 
 private:
-  static constexpr size_t kLongest = 16;
+  static constexpr size_t kLongest = 24;
   static constexpr int kSetBits = 9;
   struct Entry {
-    uint64_t head = 0, tail = 0;
+    uint64_t words[3] = {0, 0, 0};
     uint32_t length = ~0u;  // no name yet
     int symbol = -1;
-    bool Names(const Entry& key) const { return head == key.head && tail == key.tail && length == key.length; }
+    bool Names(const Entry& key) const {
+      return length == key.length && words[0] == key.words[0] && words[1] == key.words[1] &&
+             words[2] == key.words[2];
+    }
   };
   Entry m_sets[1 << kSetBits][2];
 } s_recentNames;
@@ -501,19 +513,13 @@ void KeyValues::operator delete(void* memory) { System()->FreeKeyValuesMemory(me
 KeyValues::KeyValues(const char* name) : m_pValue(nullptr) { SetName(name); }
 
 KeyValues::~KeyValues() {
-  RemoveEverything();
+  if (m_pSub) DestroyChain(m_pSub);
+  if (m_pPeer) DestroyChain(m_pPeer);
+  if (m_sValue || m_wsValue) ClearValue();
   if (m_handle) Handles().Remove(m_handle);
 }
 
 void KeyValues::deleteThis() { delete this; }
-
-void KeyValues::RemoveEverything() {
-  DestroyChain(m_pSub);
-  m_pSub = nullptr;
-  DestroyChain(m_pPeer);
-  m_pPeer = nullptr;
-  ClearValue();
-}
 
 // Each node of the chain goes before its children, in the order the reader made them, so that the node
 // memory is handed back (and out again to the next tree) in one sweep. Recursion follows the depth only.
@@ -523,7 +529,7 @@ void KeyValues::DestroyChain(KeyValues* node) {
     KeyValues* next = node->m_pPeer;
     node->m_pSub = node->m_pPeer = nullptr;
     delete node;
-    DestroyChain(sub);
+    if (sub) DestroyChain(sub);
     node = next;
   }
 }

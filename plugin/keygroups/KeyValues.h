@@ -95,7 +95,6 @@ public:
 
 private:
   ~KeyValues();
-  void RemoveEverything();
   static void DestroyChain(KeyValues* node);
   KeyValues* ParseIncludedKeys(const char* resourceName, const char* includeName, IBaseFileSystem* filesystem,
                                const char* pathID, int listCount);

@@ -56,7 +56,7 @@ public:
     for (size_t i = hash & m_mask;; i = (i + 1) & m_mask) {
       Slot& slot = m_slots[i];
       if (slot.hash == kEmpty) return Insert(slot, hash, name, length);
-      if (slot.hash == hash && SameName(m_texts[size_t(slot.symbol)], name, length)) return slot.symbol;
+      if (slot.hash == hash && SameName(slot.text, name, length)) return slot.symbol;
     }
   }
 
@@ -67,9 +67,12 @@ public:
 private:
   static constexpr uint32_t kEmpty = 0;
   static constexpr size_t kArenaPiece = 64 * 1024;
+  // The text is kept beside the symbol, so that a name found costs one look at the table and one at its
+  // text.
   struct Slot {
     uint32_t hash = kEmpty;
     HKeySymbol symbol = INVALID_KEY_SYMBOL;
+    const char* text = nullptr;
   };
 
   static bool SameName(const char* known, const char* name, size_t length) {
@@ -82,7 +85,7 @@ private:
   HKeySymbol Insert(Slot& slot, uint32_t hash, const char* name, size_t length) {
     HKeySymbol symbol = HKeySymbol(m_texts.size());
     m_texts.push_back(StoreText(name, length));
-    slot = {hash, symbol};
+    slot = {hash, symbol, m_texts.back()};
     if (m_texts.size() * 2 > m_slots.size()) Grow();
     return symbol;
   }
