@@ -130,8 +130,8 @@ private:
   };
 
   char* Allocate(size_t bytes) {
-    const size_t sizeClass = (bytes + 1 + kClassBytes - 1) / kClassBytes;
 #if !defined(TW_SANITIZE)
+    const size_t sizeClass = (bytes + 1 + kClassBytes - 1) / kClassBytes;
     if (sizeClass <= size_t(kClasses)) {
       if (!m_free[sizeClass]) AddPiece(sizeClass);
       char* block = reinterpret_cast<char*>(m_free[sizeClass]);
