@@ -1,5 +1,7 @@
 // The stand-in's built-in console commands and variables, each table the one place that names them.
 // Handlers read their arguments through the engine's current command, as plugins' handlers do.
+#include <sys/time.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -247,6 +249,43 @@ void SimAdvance_f() {
   g_standIn->StopRun(FrameCount(frames > double(kMaxWaitFrames) ? kMaxWaitFrames : (long long)frames));
 }
 
+// The full path of a file under the mod directory, or false (with a message) when it would leave the root.
+bool SimFilePath(const char* command, std::string& path) {
+  if (g_standIn->Files().ResolvePath(Cmd().Argv(1), path)) return true;
+  Msg("%s: the path \"%s\" is not one of the server's files\n", command, Cmd().Argv(1));
+  return false;
+}
+
+// Writes a file: each argument behind the path is a line, ended by a line feed.
+void SimWriteFile_f() {
+  if (Cmd().Argc() < 2) {
+    Msg("Usage: sim_writefile <path> [line]...: writes the lines into the file under the mod directory\n");
+    return;
+  }
+  std::string path;
+  if (!SimFilePath("sim_writefile", path)) return;
+  FILE* file = fopen(path.c_str(), "wb");
+  if (!file) {
+    Msg("sim_writefile: can't write %s\n", Cmd().Argv(1));
+    return;
+  }
+  for (int i = 2; i < Cmd().Argc(); ++i) fprintf(file, "%s\n", Cmd().Argv(i));
+  fclose(file);
+}
+
+// Sets a file's modification time, in whole seconds since 1970.
+void SimFileTime_f() {
+  if (Cmd().Argc() < 3) {
+    Msg("Usage: sim_filetime <path> <seconds>: sets the modification time of the file under the mod directory\n");
+    return;
+  }
+  std::string path;
+  if (!SimFilePath("sim_filetime", path)) return;
+  const time_t seconds = time_t(atoll(Cmd().Argv(2)));
+  const struct timeval times[2] = {{seconds, 0}, {seconds, 0}};
+  if (utimes(path.c_str(), times) != 0) Msg("sim_filetime: can't set the time of %s\n", Cmd().Argv(1));
+}
+
 // Sets one value of a console-made event with the type its declaration gives the key; keys outside the
 // declaration are strings.
 void SetEventValue(IGameEvent* event, const EventDescriptor& d, const char* key, const char* value) {
@@ -303,6 +342,8 @@ const ConsoleCommandDef kCommands[] = {
     {"sim_frames", SimFrames_f, "Lets the given number of frames pass before the next command.", 0},
     {"sim_advance", SimAdvance_f, "Lets the given number of seconds of game time pass before the next command.", 0},
     {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0},
+    {"sim_writefile", SimWriteFile_f, "Writes a file under the mod directory: sim_writefile <path> [line]...", 0},
+    {"sim_filetime", SimFileTime_f, "Sets a file's modification time: sim_filetime <path> <seconds since 1970>.", 0},
 };
 
 const ConsoleVarDef kVars[] = {

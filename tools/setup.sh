@@ -3,7 +3,7 @@
 # Runs as root, or through sudo when it is available; does nothing when everything is there.
 set -euo pipefail
 
-packages=(cmake g++ make libsqlite3-dev libmuparser-dev libpython3-dev libgtest-dev libgmock-dev libbenchmark-dev libreadline-dev)
+packages=(cmake g++ make libsqlite3-dev libmuparser-dev libpython3-dev python3 libgtest-dev libgmock-dev libbenchmark-dev libreadline-dev)
 
 missing=()
 for p in "${packages[@]}"; do

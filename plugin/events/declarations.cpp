@@ -9,15 +9,19 @@
 
 #include "KeyValues.h"
 #include "filesystem.h"
+#include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
 #include "igameevents.h"
 #include "language/doors.h"
 
 namespace {
 
 constexpr const char* kStars = "[Tidewright] *******************************************\n";
+constexpr const char* kPluginEventsFile = "addons/brannock_tidewright.res";
+
+// The plugin object, which hears the events; given by Load.
+IGameEventListener2* s_listener = nullptr;
 
 // The event tw_event is building; it survives map changes.
 IGameEvent* s_pendingEvent = nullptr;
@@ -30,11 +34,15 @@ void ReportUnreadable(const char* path) {
 }
 
 void ListenToEvents(KeyValues* top) {
-  IGameEventListener2* listener = &g_TidewrightPlugin;
   for (KeyValues* event = top->GetFirstSubKey(); event; event = event->GetNextKey()) {
     DbgMsg(1, "[Tidewright] Added: %s\n", event->GetName());
-    gameeventmanager->AddListener(listener, event->GetName(), true);
+    gameeventmanager->AddListener(s_listener, event->GetName(), true);
   }
+}
+
+// Registering the default files is what makes the plugin a listener; LevelShutdown dropped every listener.
+void ListenToDefaultEvents() {
+  if (tidewright_defaultevents.GetInt() != 0) RegisterDefaultEvents();
 }
 
 // ---- tw_loadevents ----
@@ -157,7 +165,7 @@ void RegisterDefaultEvents() {
     LoadEventFile("Resource/modevents.res");
   LoadEventFile("../hl2/resource/gameevents.res");
   LoadEventFile("../hl2/resource/serverevents.res");
-  if (!LoadEventFile("addons/brannock_tidewright.res")) DbgMsg(0, "ERROR: COULDN'T LOAD BRANNOCK CORE EVENTS!\n");
+  if (!LoadEventFile(kPluginEventsFile)) DbgMsg(0, "ERROR: COULDN'T LOAD BRANNOCK CORE EVENTS!\n");
 }
 
 IGameEvent* PendingEvent() { return s_pendingEvent; }
@@ -166,4 +174,19 @@ void ReleasePendingEvent() {
   if (!s_pendingEvent) return;
   gameeventmanager->FreeEvent(s_pendingEvent);
   s_pendingEvent = nullptr;
+}
+
+// ---- the plugin's callbacks ----
+
+// The plugin's own events are declared to the engine unconditionally, so that they can always be created.
+void Declarations_OnLoad(IGameEventListener2* listener) {
+  s_listener = listener;
+  gameeventmanager->LoadEventsFromFile(kPluginEventsFile);
+  ListenToDefaultEvents();
+}
+
+void Declarations_OnLevelInit() { ListenToDefaultEvents(); }
+
+void Declarations_StopListening() {
+  if (gameeventmanager && s_listener) gameeventmanager->RemoveListener(s_listener);
 }

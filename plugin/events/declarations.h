@@ -3,6 +3,15 @@
 #pragma once
 
 class IGameEvent;
+class IGameEventListener2;
+
+// Load: keeps the plugin object as the listener of every event file read from now on, declares the
+// plugin's own events to the engine and, while tidewright_defaultevents is not 0, listens to the default files.
+void Declarations_OnLoad(IGameEventListener2* listener);
+// LevelInit: the default files again, while tidewright_defaultevents is not 0.
+void Declarations_OnLevelInit();
+// LevelShutdown and Unload: the plugin stops listening to every event.
+void Declarations_StopListening();
 
 // Listens to each event that the file's top section names; false (with the messages) when it can't be read.
 bool LoadEventFile(const char* path);

@@ -1,6 +1,7 @@
-// Event intake: FireGameEvent, the queue of duplicated events, tw__ep that makes the current event, and the
-// start of the scripts' event sections. Nothing here runs script work: it only appends to the buffer's tail,
-// so an event that fires inside a running block waits for the block.
+// Event intake: the game events that reach the plugin's FireGameEvent, the queue of duplicated events and
+// tw__ep that makes the current event. Nothing here runs script work: it only appends to the buffer's tail,
+// so an event that fires inside a running block waits for the block. Starting the scripts' event sections
+// is the execution engine's; the script packs' files are the packs'.
 #include "events/intake.h"
 
 #include <cstdio>
@@ -15,7 +16,7 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "igameevents.h"
 #include "language/doors.h"
 #include "language/textbuf.h"
 #include "packs/scriptpacks.h"
@@ -165,7 +166,7 @@ const CommandTable s_intakeCommands(kIntakeCommands);
 // ---- the engine's callback ----
 
 // An event nobody wants costs a name test, one file test and two lookups: no copy, no allocation.
-void CTidewrightPlugin::FireGameEvent(IGameEvent* event) {
+void Intake_OnGameEvent(IGameEvent* event) {
   const char* name = event ? event->GetName() : nullptr;
   if (!name || g_cached.brannock != 1) return;
   DbgMsg(2, "Event fired: %s\n", name);
@@ -174,19 +175,6 @@ void CTidewrightPlugin::FireGameEvent(IGameEvent* event) {
   if (hasConfig || RegisteredScriptExists(name) || AnyScriptRegistered(name))
     QueueWantedEvent(event, name, hasConfig);
   DbgMsg(2, "Done with an event: %s\n", name);
-}
-
-// ---- the scripts' side ----
-
-bool AnyScriptRegistered(const char* name) { return g_scriptMachine.registry.HasEvent(name); }
-
-// A text without a command (no enabled script has the section) isn't queued: it would run nothing.
-void BeginAllScriptEvents(const char* name) {
-  DbgMsg(7, "BeginAllScriptEvents: %s\n", name);
-  char* commands = g_scriptMachine.registry.BuildEventCommands(name);
-  DbgMsg(7, "BeginAllScriptEvents: %s\n+%s", name, commands);
-  if (commands[0] != '\n') engine->ServerCommand(commands);
-  free(commands);
 }
 
 // ---- the queue ----

@@ -5,10 +5,11 @@
 
 #include <cstddef>
 
-// Appends the tw__de commands of the scripts' event sections of that name (enabled scripts, load order).
-void BeginAllScriptEvents(const char* name);
-// True when a loaded script has an event section of that name, enabled or not.
-bool AnyScriptRegistered(const char* name);
+class IGameEvent;
+
+// FireGameEvent: while brannock_tidewright is exactly 1, an event that a configuration file, a script pack
+// or a script's event section wants is duplicated and queued with the commands that answer it.
+void Intake_OnGameEvent(IGameEvent* event);
 
 // Duplicates waiting for their tw__ep.
 size_t QueuedEventCount();

@@ -13,7 +13,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "host/nametable.h"
-#include "host/plugin.h"
+#include "host/version.h"
 
 namespace {
 

@@ -21,6 +21,19 @@ ConVar* SetVarFloat(const char* name, float value, bool force);
 // Cheat variables, and sv_cheats, only on a dedicated server.
 bool CanSetVar(ConVar* var);
 
+// ---- steps of Load and LevelInit ----
+
+// The game directory in tidewright_gamedir, and with "/addons/tidewright" in tidewright_addondir.
+void StoreGameDirectories();
+// Reads tidewright_eiface, tidewright_debug and tidewright_debuglog into their cached switches, whatever the
+// callbacks did before.
+void RefreshCachedSwitches();
+// Queues "tw_xsetinfo tidewright_cmdline" with the server's command line; it is stored when the command
+// buffer next runs.
+void QueueCommandLine();
+// While tidewright_protectrcon is above 0, rcon_password gets FCVAR_PROTECTED, so expansion never reads it.
+void ProtectRconPassword();
+
 // Moves the busiest commands of the system to the front of the engine's chain, in a fixed order, so that
 // the engine's search by name finds them first.
 void ReorderConsoleChain();

@@ -1,6 +1,6 @@
 // The plugin's one way out to the console and the server log: the level filter, script error reports with
-// their location, and the last error slot. Also the cached switches and the current instruction, which the
-// execution engine writes and the reports read.
+// their location, the last error slot and the long frame report. Also the cached switches and the current
+// instruction, which the execution engine writes and the reports read.
 #include "host/diagnostics.h"
 
 #include <cstdarg>
@@ -14,6 +14,9 @@ CachedSwitches g_cached;
 Instruction ip = {kNoScriptCmd, nullptr, kNoScriptLine};
 
 namespace {
+
+// A frame that spends longer than this in the plugin is reported when tidewright_frametimecheck is on.
+constexpr float kLongFrameSeconds = 0.01f;
 
 // Formats into `out`, cutting the text at the last byte of the buffer.
 void FormatMessage(char (&out)[kMaxMessageLength + 1], const char* format, va_list args) {
@@ -73,4 +76,14 @@ void SetLastErrorText(const char* format, ...) {
   FormatMessage(text, format, args);
   va_end(args);
   tidewright_lasterror.SetValue(text);
+}
+
+// ---- frame timing ----
+
+FrameTimer::FrameTimer() : m_timed(g_cached.frametimecheck != 0 && engine), m_start(m_timed ? engine->Time() : 0.0f) {}
+
+void FrameTimer::Report() const {
+  if (!m_timed) return;
+  float elapsed = engine->Time() - m_start;
+  if (elapsed > kLongFrameSeconds) DbgMsg(0, "[Tidewright] Long frame: %f seconds\n", double(elapsed));
 }

@@ -44,3 +44,15 @@ void DbgMsg(int level, const char* format, ...) TW_PRINTF(2, 3);
 void ReportScriptError(int level, const char* format, ...) TW_PRINTF(2, 3);
 // Stores a short text in tidewright_lasterror. Prints nothing; nothing ever clears it.
 void SetLastErrorText(const char* format, ...) TW_PRINTF(1, 2);
+
+// Times one frame while tidewright_frametimecheck is on when the frame begins: made at the frame's start,
+// Report at its end prints "[Tidewright] Long frame: %f seconds" for a frame longer than 0.01 seconds.
+class FrameTimer {
+public:
+  FrameTimer();
+  void Report() const;
+
+private:
+  bool m_timed;
+  float m_start;
+};

@@ -8,6 +8,7 @@
 
 #include "eiface.h"
 #include "host/diagnostics.h"
+#include "iplayerinfo.h"
 
 IPlayerInfoManager* playerinfomanager = nullptr;
 IVoiceServer* voiceserver = nullptr;
@@ -104,6 +105,7 @@ bool AcquireInterfaces(CreateInterfaceFn interfaceFactory, CreateInterfaceFn gam
   };
   if (!AcquireSlots(slots, int(sizeof slots / sizeof slots[0]), interfaceFactory, gameServerFactory)) return false;
   ProbeGameInterfaces(gameServerFactory);
+  if (playerinfomanager) gpGlobals = playerinfomanager->GetGlobalVars();
   return true;
 }
 

@@ -40,8 +40,9 @@ extern IServerGameDLL* gamedll;
 extern ICvar* cvar;
 extern CGlobalVars* gpGlobals;
 
-// Acquires the interfaces in their fixed order with their failure rules and probes the game's versions.
-// False when a required interface is missing (the warning has been printed).
+// Acquires the interfaces in their fixed order with their failure rules, probes the game's versions and
+// takes the global variables block from the player info manager, where there is one. False when a required
+// interface is missing (the warning has been printed).
 bool AcquireInterfaces(CreateInterfaceFn interfaceFactory, CreateInterfaceFn gameServerFactory);
 
 // Probes "<prefix>%03d" from 3 to 998 and gives the first interface found, its name in `foundName`.

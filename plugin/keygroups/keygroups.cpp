@@ -1,6 +1,6 @@
-// The keygroup store: finding groups in the user tree, the optional-group rule, keygroup files, and the
-// commands on whole groups (create, delete, rename, copy, load, save). The tree itself is made by Load and
-// lives for the process; keys and loops are in keycommands.cpp and keyloops.cpp.
+// The keygroup store: the user tree, finding groups in it, the optional-group rule, keygroup files, and the
+// commands on whole groups (create, delete, rename, copy, load, save). The tree is made by the first Load
+// and lives for the process; keys and loops are in keycommands.cpp and keyloops.cpp.
 #include "keygroups/keygroups.h"
 
 #include <cstdio>
@@ -11,7 +11,6 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
 #include "language/doors.h"
 #include "vstdlib.h"
 
@@ -35,6 +34,15 @@ KeyValues* ChildByPart(KeyValues* node, const char* part, size_t length) {
 }
 
 }  // namespace
+
+KeyValues* g_userTree = nullptr;
+
+void KeyGroups_OnLoad() {
+  if (g_userTree) return;
+  g_userTree = new KeyValues("UserKeys");
+  g_userTree->FindKey("UserGroups", true);
+  g_userTree->FindKey("Ungrouped", true);
+}
 
 // ---- finding groups ----
 

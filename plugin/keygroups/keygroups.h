@@ -1,15 +1,21 @@
-// The keygroup store: the groups of the user tree as every part reaches them, and the helpers that the
-// keygroup commands share (the tree test, the optional-group rule, removal, keygroup files).
-// The commands themselves live in keygroups.cpp, keycommands.cpp and keyloops.cpp.
+// The keygroup store: the groups of the user tree as every part reaches them, the keygroup form of a list
+// result, and the helpers that the keygroup commands share (the tree test, the optional-group rule, removal,
+// keygroup files). The commands themselves live in keygroups.cpp, keycommands.cpp and keyloops.cpp.
 #pragma once
 
 #include <cstddef>
 
 class KeyValues;
+class ListResult;
 
 // Longest keygroup file path, and the longest key name, value name or value text a command stores.
 inline constexpr int kMaxKeyGroupPath = 259;
 inline constexpr int kMaxKeyText = 1023;
+
+// The user tree of keygroups: "UserKeys" with "UserGroups" and "Ungrouped". Null until Load.
+extern KeyValues* g_userTree;
+// Load: makes the user tree unless a Load before made it.
+void KeyGroups_OnLoad();
 
 // "UserGroups" of the user tree. Null, after the report, when the tree isn't made yet (last error
 // "Keys not ready yet") or holds no "UserGroups".
@@ -19,6 +25,15 @@ KeyValues* FindUserGroups();
 // nested nodes. Null when the tree or "UserGroups" is missing (reported as FindUserGroups does), when no
 // such group exists, or when the name names "UserGroups" itself (an empty name).
 KeyValues* FindGroup(const char* name, bool create);
+
+// ---- list results ----
+
+// The keygroup that a list command fills at the console doors, found or made before the list is gathered.
+// Null, after "ERROR: Tidewright couldn't create the user group.", when it can't be made.
+KeyValues* OpenListGroup(const char* name);
+// A filled list: at the console doors into `group` (from OpenListGroup), each row a key found or made by its
+// name with its fields set on it; from Python into the result slot, where it becomes a dictionary.
+void ReturnList(bool fromConsole, KeyValues* group, ListResult list);
 
 // ---- shared by the keygroup commands ----
 

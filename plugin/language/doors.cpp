@@ -1,5 +1,6 @@
-// The door machinery: door objects generated from table rows at static initialisation, the prologue,
-// the argument view and the value rule. The Python door's own steps live in python/binder.cpp.
+// The door machinery: door objects generated from table rows at static initialisation, the list of rows
+// with a Python door, the prologue, the argument view and the value rule. The Python door's own steps live
+// in python/binder.cpp, which binds the rows of that list.
 #include "language/doors.h"
 
 #include <cstdio>
@@ -13,8 +14,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "language/expansion.h"
-#include "python/binder.h"
-#include "python/resultslot.h"
+#include "language/results.h"
 
 CommandArgs* g_currentArgs = nullptr;
 
@@ -99,12 +99,18 @@ void KeepDoor(Args&&... args) {
   doors.push_back(new Door(std::forward<Args>(args)...));
 }
 
+// Filled at static initialisation, in whatever order the tables' files come; never destroyed.
+std::vector<const CommandRow*>& PythonRows() {
+  static std::vector<const CommandRow*>& rows = *new std::vector<const CommandRow*>;
+  return rows;
+}
+
 }  // namespace
 
 void CommandTable::AddDoors(const CommandRow& row) {
   if (row.doors & DOOR_X) KeepDoor<CommandDoor>(row, false);
   if (row.doors & DOOR_EXPANDED) KeepDoor<CommandDoor>(row, true);
-  if (row.doors & DOOR_PYTHON) RegisterBinder(row);
+  if (row.doors & DOOR_PYTHON) PythonRows().push_back(&row);
 }
 
 void CommandTable::AddPlain(const PlainCommandRow& row) {
@@ -112,6 +118,10 @@ void CommandTable::AddPlain(const PlainCommandRow& row) {
 }
 
 void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { KeepDoor<PrefixTwinDoor>(row); }
+
+int PythonRowCount() { return int(PythonRows().size()); }
+
+const CommandRow& PythonRow(int index) { return *PythonRows()[size_t(index)]; }
 
 // ---- the current record ----
 

@@ -74,6 +74,11 @@ private:
   static void AddPrefixTwin(const PrefixTwinRow& row);
 };
 
+// The rows with a Python door, in the order their tables registered them; the Python door makes a binder
+// for each.
+int PythonRowCount();
+const CommandRow& PythonRow(int index);
+
 // The doors' current record: replaced by every expanded twin and binder call, kept until the next one.
 extern CommandArgs* g_currentArgs;
 

@@ -1,6 +1,6 @@
 // Registered commands: the tables of words bound to blocks, regcmd/regsaycmd/regclientcmd and their
 // removal, tw__cmdproxy and tw__clientcmdproxy, the say path that CSayWrap runs in place of say/say_team,
-// and the plugin's ClientCommand. Running the blocks is the execution engine's (DoBlock).
+// and the client commands that reach the plugin's ClientCommand. Running the blocks is the execution engine's (DoBlock).
 #include "language/regcmds.h"
 
 #include <cctype>
@@ -18,7 +18,8 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "host/nametable.h"
-#include "host/plugin.h"
+#include "host/server_state.h"
+#include "host/version.h"
 #include "language/doors.h"
 #include "language/textbuf.h"
 #include "language/varcommands.h"
@@ -206,7 +207,7 @@ const CommandTable s_proxies(kProxyRows);
 // ---- the say path ----
 
 // The speaker of the running say: the edict after the command client (the world for the server console).
-edict_t* Speaker() { return engine->PEntityOfEntIndex(g_TidewrightPlugin.GetCommandIndex() + 1); }
+edict_t* Speaker() { return engine->PEntityOfEntIndex(g_commandIndex + 1); }
 
 bool FireChatEvent(int userid, bool teamOnly, const char* text) {
   IGameEvent* event = gameeventmanager ? gameeventmanager->CreateEvent("tw_player_chat", false) : nullptr;
@@ -309,13 +310,13 @@ void CSayWrap::Dispatch() {
     RunWrapped();
 }
 
-PLUGIN_RESULT CTidewrightPlugin::ClientCommand(edict_t* edict) {
+PLUGIN_RESULT RegCmds_OnClientCommand(edict_t* edict) {
   if (!edict || edict->IsFree() || !engine) return PLUGIN_CONTINUE;
   const char* cmd = engine->Cmd_Argv(0);
   const int userid = engine->GetPlayerUserId(edict);
   if (strcasecmp(cmd, "tidewright_version") == 0 || strcasecmp(cmd, "tw_version") == 0) {
     char reply[TEXT_BUFFER_SIZE];
-    snprintf(reply, sizeof reply, "tw_xtell %d %s\n", userid, GetPluginDescription());
+    snprintf(reply, sizeof reply, "tw_xtell %d %s\n", userid, kPluginDescription);
     engine->ServerCommand(reply);
   }
   if (WantsClientCommandEvent(cmd)) FireClientCommandEvent(userid, cmd);

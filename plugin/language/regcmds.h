@@ -3,6 +3,13 @@
 // paths on which players' text comes in: the say path (CSayWrap::Dispatch) and the plugin's ClientCommand.
 #pragma once
 
+#include "iserverplugin.h"
+
+// ClientCommand, in this order: tidewright_version (or tw_version) is answered with the description; a
+// command starting with one of tidewright_cmdprefixes, or menuselect, fires tw_client_command; while
+// brannock_tidewright is above 0 a registered client command runs its block and stops there (PLUGIN_STOP).
+PLUGIN_RESULT RegCmds_OnClientCommand(edict_t* edict);
+
 // The block bound to a word, or null (also for a null name). Names compare ignoring case, but the hash
 // counts it: a word is found in the case it was registered in.
 const char* FindConsoleCommand(const char* name);

@@ -15,7 +15,7 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "host/version.h"
 #include "icvar.h"
 #include "language/doors.h"
 #include "language/textbuf.h"
@@ -260,10 +260,10 @@ void LogQuoted_f() {
 
 void PrintCount_f() { DbgMsg(0, "%d\n", gpGlobals ? gpGlobals->framecount : 0); }
 
-void Version_f() { DbgMsg(0, "%s\n", g_TidewrightPlugin.GetPluginDescription()); }
+void Version_f() { DbgMsg(0, "%s\n", kPluginDescription); }
 
 void LogVersion_f() {
-  engine->LogPrint(g_TidewrightPlugin.GetPluginDescription());
+  engine->LogPrint(kPluginDescription);
   engine->LogPrint("\n");
 }
 

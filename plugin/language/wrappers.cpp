@@ -16,7 +16,7 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "host/server_state.h"
 #include "language/textbuf.h"
 
 namespace {
@@ -225,7 +225,7 @@ void CGiveWrap::Dispatch() {
 // The override goes out as a new changelevel line, which reaches this wrapper again with the override
 // already cleared and so passes to the engine.
 void CChangeLevelWrap::Dispatch() {
-  int client = g_TidewrightPlugin.GetCommandIndex();
+  int client = g_commandIndex;
   if (client >= 1) {
     DbgMsg(0, "changelevel: userid %d tried to change the map via an old exploit.\n", client + 1);
     return;
@@ -243,6 +243,8 @@ void CChangeLevelWrap::Dispatch() {
 }
 
 // ---- making the wrappers ----
+
+namespace {
 
 void ClearSayWrappers() {
   s_sayWrap = nullptr;
@@ -273,6 +275,19 @@ void WrapChangeLevel() {
   if (s_changeLevelWrap || tidewright_maphandler.GetInt() <= 0) return;
   s_changeLevelWrap = Keep(new CChangeLevelWrap("changelevel", "proxy change level", "changelevel"));
   DbgMsg(1, "[Tidewright] ** Changelevel command wrapped.\n");
+}
+
+}  // namespace
+
+void Wrappers_OnLoad() {
+  ClearSayWrappers();
+  MakeCommandWrappers();
+  LookUpCheatsVar();
+}
+
+void Wrappers_OnLevelInit() {
+  WrapSayCommands();
+  WrapChangeLevel();
 }
 
 CCmdWrap* GetCommandWrapper(CommandWrapper which) {

@@ -90,16 +90,12 @@ public:
 
 // ---- steps of Load and LevelInit ----
 
-// Load: forgets the say wrappers, so the next LevelInit makes them anew.
-void ClearSayWrappers();
-// Load: the twelve wrappers, made once for the process.
-void MakeCommandWrappers();
-// Load: sv_cheats, looked up once.
-void LookUpCheatsVar();
-// LevelInit: say and say_team wrapped while tidewright_chatevent is above 0, once.
-void WrapSayCommands();
-// LevelInit: changelevel wrapped while tidewright_maphandler is above 0, once.
-void WrapChangeLevel();
+// Load: forgets the say wrappers, so the next LevelInit makes them anew; makes the twelve wrappers, once for
+// the process; looks up sv_cheats.
+void Wrappers_OnLoad();
+// LevelInit: say and say_team wrapped while tidewright_chatevent is above 0, then changelevel while
+// tidewright_maphandler is above 0; each once for the process.
+void Wrappers_OnLevelInit();
 
 // A wrapper that Load made; null before Load.
 CCmdWrap* GetCommandWrapper(CommandWrapper which);

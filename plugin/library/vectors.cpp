@@ -10,7 +10,7 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "language/doors.h"
-#include "python/resultslot.h"
+#include "language/results.h"
 #include "vphysics.h"
 
 VectorString VectorToString(const Vector& vector) {

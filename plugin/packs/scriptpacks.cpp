@@ -7,7 +7,6 @@
 
 #include "KeyValues.h"
 #include "eiface.h"
-#include "events/intake.h"
 #include "events/plugin_events.h"
 #include "filesystem.h"
 #include "host/console.h"
@@ -15,6 +14,7 @@
 #include "host/engine_surface.h"
 #include "language/doors.h"
 #include "language/textbuf.h"
+#include "script/machine.h"
 #include "vstdlib.h"
 
 namespace {
@@ -184,6 +184,12 @@ void ExecAllRegistered(const char* event) {
   if (s_packs) QueuePackFiles(event);
   DbgMsg(2, "Checking all scripts...\n");
   BeginAllScriptEvents(event);
+}
+
+// The pseudo event "server" has no event of its own, so its blocks see whatever event is current.
+void Packs_OnLevelInit() {
+  DbgMsg(1, "[Tidewright] Executing all registered server.cfgs.\n");
+  ExecAllRegistered("server");
 }
 
 void ListScriptPacks(int userid) {

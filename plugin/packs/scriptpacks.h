@@ -3,6 +3,10 @@
 // first registration; it lives in memory only and exists from the first registration on.
 #pragma once
 
+// LevelInit, while brannock_tidewright is not 0: the pseudo event "server", each enabled pack's server.cfg
+// followed by the scripts' server sections.
+void Packs_OnLevelInit();
+
 // True when an enabled pack has a file for the event.
 bool RegisteredScriptExists(const char* event);
 // Appends the exec commands of the packs' files for the event, then starts the scripts' event sections.

@@ -10,12 +10,14 @@
 #include "host/diagnostics.h"
 #include "language/doors.h"
 #include "python/methodtable.h"
-#include "python/resultslot.h"
+#include "python/resultobject.h"
 
 namespace {
 
 const CommandRow* s_binderRows[MAX_TW_METHODS];
 int s_binderCount = 0;
+// Rows of the doors' list looked at so far, bound or left out.
+int s_rowsSeen = 0;
 
 template <int N>
 PyObject* BinderAt(PyObject*, PyObject* args) {
@@ -72,12 +74,15 @@ CommandArgs* Cmd_TokenizePython(const char* name, PyObject* tuple) {
   return record;
 }
 
-void RegisterBinder(const CommandRow& row) {
-  if (s_binderCount < MAX_TW_METHODS && AddTwMethod(row.base, kBinders[s_binderCount], row.help)) {
-    s_binderRows[s_binderCount++] = &row;
-    return;
+void BindPythonRows() {
+  for (; s_rowsSeen < PythonRowCount(); ++s_rowsSeen) {
+    const CommandRow& row = PythonRow(s_rowsSeen);
+    if (s_binderCount < MAX_TW_METHODS && AddTwMethod(row.base, kBinders[s_binderCount], row.help)) {
+      s_binderRows[s_binderCount++] = &row;
+      continue;
+    }
+    Warning("[Tidewright] The method table of tw_C is full (%d methods): %s left out.\n", MAX_TW_METHODS, row.base);
   }
-  Warning("[Tidewright] The method table of tw_C is full (%d methods): %s left out.\n", MAX_TW_METHODS, row.base);
 }
 
 PyObject* RunBinder(const CommandRow& row, PyObject* args) {
@@ -85,13 +90,13 @@ PyObject* RunBinder(const CommandRow& row, PyObject* args) {
   snprintf(name, sizeof name, "tw_%s", row.base);
   CommandArgs* record = Cmd_TokenizePython(name, args);
   // The slot holds something only while an outer binder's handler runs: that is the outer call's value.
-  PyObject* outerResult = TakeResult();
+  ResultValue outerResult = TakeResult();
   {
     CurrentArgsScope scope(record);
     RunHandler(row, true, false);
   }
-  PyObject* result = TakeResult();
-  SetResult(outerResult);
+  PyObject* result = ResultObject(TakeResult());
+  RestoreResult(std::move(outerResult));
   if (!result) Py_RETURN_NONE;
   return result;
 }

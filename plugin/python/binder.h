@@ -14,8 +14,9 @@ enum { MAX_PYTHON_ARGS_TEXT = 8000 };
 // blanks (never null). Items are not tokenized.
 CommandArgs* Cmd_TokenizePython(const char* name, PyObject* tuple);
 
-// Adds the binder of a row to the method table of tw_C, under the row's base name.
-void RegisterBinder(const CommandRow& row);
+// Adds to the method table of tw_C, under the row's base name, a binder for each row with a Python door that
+// has none yet. The method table's readers call it, so every row of every table is bound before any is used.
+void BindPythonRows();
 // Runs a row for a Python call: new current record, empty slot, handler(true, false), the slot's object
 // or None. A binder nested in another door keeps the outer call's record and slot content.
 PyObject* RunBinder(const CommandRow& row, PyObject* args);

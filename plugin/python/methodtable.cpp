@@ -1,8 +1,10 @@
-// tw_C's method table. Records are written at static initialisation; the array and its count are
-// constant-initialised, so every initialiser may add to them whatever the order of files.
+// tw_C's method table. The array and its count are constant-initialised, so records may be added at any
+// time; the readers first bind the command rows that have no binder yet.
 #include "python/methodtable.h"
 
 #include <cstring>
+
+#include "python/binder.h"
 
 namespace {
 PyMethodDef s_methods[MAX_TW_METHODS + 1];
@@ -16,11 +18,18 @@ bool AddTwMethod(const char* name, PyCFunction function, const char* doc) {
   return true;
 }
 
-PyMethodDef* TwMethods() { return s_methods; }
+PyMethodDef* TwMethods() {
+  BindPythonRows();
+  return s_methods;
+}
 
-int TwMethodCount() { return s_count; }
+int TwMethodCount() {
+  BindPythonRows();
+  return s_count;
+}
 
 const PyMethodDef* FindTwMethod(const char* name) {
+  BindPythonRows();
   for (int i = 0; i < s_count; ++i)
     if (strcmp(s_methods[i].ml_name, name) == 0) return &s_methods[i];
   return nullptr;

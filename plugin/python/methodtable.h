@@ -1,5 +1,5 @@
-// The method table of module tw_C: a fixed array of interpreter method records, filled by static
-// initialisers before the plugin's first code runs, ended by an all-null record.
+// The method table of module tw_C: a fixed array of interpreter method records, one binder for each command
+// row with a Python door, ended by an all-null record. Reading it binds the rows first.
 #pragma once
 
 #include <Python.h>

@@ -4,14 +4,14 @@
 #include "script/lifecycle.h"
 
 #include <strings.h>
+#include <utility>
 
-#include "KeyValues.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "keygroups/keygroups.h"
 #include "language/doors.h"
+#include "language/results.h"
 #include "language/textbuf.h"
-#include "python/resultslot.h"
 #include "script/machine.h"
 
 void RemoveAddon(const char* name) {
@@ -98,22 +98,7 @@ void DisableNow_h(bool expand, bool fromConsole) {
   if (args.Argc() > 1) g_scriptMachine.registry.SetScriptEnabled(args.Args(), false);
 }
 
-// ---- the script list as a keygroup ----
-
-void AddListedScript(KeyValues* group, PyObject* dict, const CScript* script) {
-  const char* status = script->enabled ? "enabled" : "disabled";
-  if (group) {
-    // A name with '/' is a key path, so that the key commands read it back by the script's name.
-    KeyValues* key = FindChildKey(group, script->name, true);
-    if (!key) return;
-    key->SetString("status", status);
-    key->SetString("type", "txt");
-    return;
-  }
-  PyObject* entry = Py_BuildValue("{s:s,s:s}", "status", status, "type", "txt");
-  PyDict_SetItemString(dict, script->name, entry);
-  Py_DECREF(entry);
-}
+// ---- the script list ----
 
 // At the console doors the list goes into the keygroup Argv(1), from Python into a dictionary; both hold only
 // the script named, when a name is given.
@@ -121,27 +106,20 @@ void CreateScriptList_h(bool expand, bool fromConsole) {
   ArgView args(expand);
   const int nameIndex = fromConsole ? 2 : 1;
   if ((fromConsole ? args.Argc() : args.Argc() + 1) <= 1) return;
-  KeyValues* group = nullptr;
-  PyObject* dict = nullptr;
-  if (fromConsole) {
-    group = FindGroup(args.Argv(1), true);
-    if (!group) {
-      ReportScriptError(0, "ERROR: Tidewright couldn't create the user group.\n");
-      return;
-    }
-  } else {
-    dict = PyDict_New();
-    if (!dict) return;
-  }
+  KeyValues* group = fromConsole ? OpenListGroup(args.Argv(1)) : nullptr;
+  if (fromConsole && !group) return;
   const bool named = args.Argc() > nameIndex;
+  ListResult list;
   int listed = 0;
   for (const CScript* script = g_scriptMachine.registry.FirstScript(); script; script = script->next) {
     if (named && strcasecmp(args.Argv(nameIndex), script->name) != 0) continue;
-    AddListedScript(group, dict, script);
+    list.AddRow(script->name);
+    list.Text("status", script->enabled ? "enabled" : "disabled");
+    list.Text("type", "txt");
     DbgMsg(1, "createscriptlist, listing done: %d\n", ++listed);
     if (named) break;
   }
-  if (dict) SetResult(dict);
+  ReturnList(fromConsole, group, std::move(list));
 }
 
 const CommandRow kLifecycleCommands[] = {

@@ -1,5 +1,6 @@
-// The execution engine: CScriptMachine with its block frames, DoBlock, and the commands that the compiled
-// lines and the buffer run on (tw__ip, tw__db, tw__de, tw__sb, tw__eb) plus tw_xdoblock/tw_doblock.
+// The execution engine: CScriptMachine with its block frames, DoBlock, the start of the scripts' event
+// sections, and the commands that the compiled lines and the buffer run on (tw__ip, tw__db, tw__de, tw__sb,
+// tw__eb) plus tw_xdoblock/tw_doblock.
 #include "script/machine.h"
 
 #include <cstdio>
@@ -167,6 +168,17 @@ void DoBlock(const char* text, const char* args) {
   DbgMsg(5, "doblock preparing:\n   NextIP: 0x%llx\n      Cmd: %s",
          static_cast<unsigned long long>(start.next ? start.next->handle : 0), start.cmd);
   QueueFirstLine(start, name);
+}
+
+bool AnyScriptRegistered(const char* name) { return g_scriptMachine.registry.HasEvent(name); }
+
+// A text without a command (no enabled script has the section) isn't queued: it would run nothing.
+void BeginAllScriptEvents(const char* name) {
+  DbgMsg(7, "BeginAllScriptEvents: %s\n", name);
+  char* commands = g_scriptMachine.registry.BuildEventCommands(name);
+  DbgMsg(7, "BeginAllScriptEvents: %s\n+%s", name, commands);
+  if (commands[0] != '\n') engine->ServerCommand(commands);
+  free(commands);
 }
 
 namespace {

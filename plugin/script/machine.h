@@ -55,3 +55,8 @@ extern CScriptMachine g_scriptMachine;
 bool ExecNextInstruction(LineHandle handle, Instruction& instruction);
 // Starts a block by name (white space around it removed); `args`, when given, become its arguments.
 void DoBlock(const char* text, const char* args);
+
+// True when a loaded script has an event section of that name, enabled or not.
+bool AnyScriptRegistered(const char* name);
+// Appends the tw__de commands of the scripts' event sections of that name (enabled scripts, load order).
+void BeginAllScriptEvents(const char* name);

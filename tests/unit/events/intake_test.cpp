@@ -6,7 +6,7 @@
 #include <string>
 
 #include "events_fixture.h"
-#include "host/plugin.h"
+#include "plugin.h"
 
 namespace {
 

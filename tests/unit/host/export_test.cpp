@@ -1,7 +1,7 @@
 // The library's one export: only the exact current name gives the plugin object.
 #include <gtest/gtest.h>
 
-#include "host/plugin.h"
+#include "plugin.h"
 
 extern "C" void* CreateInterface(const char* name, int* returnCode);
 

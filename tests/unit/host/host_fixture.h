@@ -11,8 +11,9 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "keygroups/keygroups.h"
 #include "output_capture.h"
+#include "plugin.h"
 #include "standin.h"
 #include "test_server.h"
 

@@ -6,7 +6,6 @@
 
 #include "../script/script_fixture.h"
 #include "KeyValues.h"
-#include "host/plugin.h"
 #include "keygroups/keygroups.h"
 
 class KeyGroupTest : public ScriptTest {

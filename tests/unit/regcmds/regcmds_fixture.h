@@ -7,7 +7,7 @@
 #include "../script/script_fixture.h"
 #include "eiface.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "plugin.h"
 #include "world/sim_world.h"
 
 class RegCmdsTest : public ScriptTest {

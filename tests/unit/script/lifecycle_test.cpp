@@ -5,7 +5,7 @@
 #include <string>
 
 #include "KeyValues.h"
-#include "host/plugin.h"
+#include "keygroups/keygroups.h"
 #include "script_fixture.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // The library's only export. Interfaces are kept in a singly linked list of records made by static
 // initialisation; the plugin object is the one record, under "ISERVERPLUGINCALLBACKS002".
-#include "host/plugin.h"
+#include "plugin.h"
 
 namespace {
 

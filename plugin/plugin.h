@@ -1,14 +1,11 @@
-// The plugin object that the engine talks to: its callbacks, Load and LevelInit with their step order,
-// GameFrame, and the process-wide state they own.
+// The plugin object that the engine talks to. It sits above every subsystem: its callbacks are defined in
+// plugin.cpp as ordered lists of calls into them, and nothing below includes this header.
 #pragma once
 
 #include "eiface.h"
+#include "host/server_state.h"
 #include "igameevents.h"
 #include "iserverplugin.h"
-
-#define TIDEWRIGHT_VERSION "2.0.0.248"
-
-class KeyValues;
 
 class CTidewrightPlugin : public IServerPluginCallbacks, public IGameEventListener2 {
 public:
@@ -38,28 +35,9 @@ public:
 
   void FireGameEvent(IGameEvent* event) override;
 
-  // The client index stored by SetCommandClient; read by the command wrappers and the say path.
-  int GetCommandIndex() const { return m_commandIndex; }
-
-private:
-  int m_commandIndex = 0;
+  // The client index stored by SetCommandClient (kept in g_commandIndex, where the subsystems read it).
+  int GetCommandIndex() const { return g_commandIndex; }
 };
 
 // The one plugin object, made during static initialisation.
 extern CTidewrightPlugin g_TidewrightPlugin;
-
-// Player slots of the level, from ServerActivate.
-extern int MaxClients;
-// 0 until the first LevelInit, then 1 for the rest of the process.
-extern unsigned char g_levelFlag;
-
-// The user tree of keygroups: "UserKeys" with "UserGroups" and "Ungrouped", made by the first Load and kept
-// for the process.
-extern KeyValues* g_userTree;
-
-// The class name of each edict at the last look: slot i holds the class name of edict i, or "".
-// g_classNameCount slots (maxEntities of the level); rebuilt by each LevelInit.
-inline constexpr int kClassNameSlotSize = 2048;
-extern char (*g_classNames)[kClassNameSlotSize];
-extern int g_classNameCount;
-void RebuildClassNameTable();

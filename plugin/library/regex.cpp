@@ -1,0 +1,159 @@
+// The regex command: "match" (length of a match anchored at the start), "search" (offset of the first match
+// within a range of starting positions) and "matchformat" (a format filled with the groups of a match).
+// Every call compiles its pattern afresh and frees it, with any registers, before it returns.
+#include "library/regex.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <strings.h>
+
+#include "host/diagnostics.h"
+#include "language/doors.h"
+
+namespace {
+
+// The starting positions "search" tries when the caller gives no start and range: 0 to 10.
+constexpr int kDefaultSearchRange = 10;
+
+// One pattern compiled for one call, freed at the end of the scope, registers included.
+class CompiledPattern {
+public:
+  explicit CompiledPattern(const char* pattern) {
+    memset(&m_buffer, 0, sizeof m_buffer);
+    m_buffer.regs_allocated = REGS_UNALLOCATED;
+    re_syntax_options = kRegexSyntax;
+    m_compiled = re_compile_pattern(pattern, strlen(pattern), &m_buffer) == nullptr;
+    if (!m_compiled) DbgMsg(0, "Could not compile regular expression.\n");
+  }
+  ~CompiledPattern() {
+    regfree(&m_buffer);
+    free(m_registers.start);
+    free(m_registers.end);
+  }
+  CompiledPattern(const CompiledPattern&) = delete;
+  CompiledPattern& operator=(const CompiledPattern&) = delete;
+
+  bool Compiled() const { return m_compiled; }
+  // Length of the match anchored at the start; -1 none, -2 the engine failed.
+  int Match(const char* subject, bool withRegisters) {
+    return re_match(&m_buffer, subject, regoff_t(strlen(subject)), 0, withRegisters ? &m_registers : nullptr);
+  }
+  // Offset of the first match starting within [start, start + range]; -1 none, -2 the engine failed.
+  int Search(const char* subject, int start, int range) {
+    return re_search(&m_buffer, subject, regoff_t(strlen(subject)), start, range, nullptr);
+  }
+  const re_registers& Registers() const { return m_registers; }
+
+private:
+  re_pattern_buffer m_buffer;
+  re_registers m_registers = {};
+  bool m_compiled = false;
+};
+
+// The arguments of a call. At the console doors the output variable stands behind the operation; from
+// Python it is left out and every later index is one lower.
+struct RegexCall {
+  const ArgView& args;
+  bool fromConsole;
+
+  const char* Arg(int consoleIndex) const { return args.Argv(fromConsole ? consoleIndex : consoleIndex - 1); }
+  const char* Variable() const { return args.Argv(2); }
+  const char* Pattern() const { return Arg(3); }
+  const char* Subject() const { return Arg(4); }
+  // Start and range count only when both are given.
+  bool HasRange() const { return args.Argc() > (fromConsole ? 6 : 5); }
+};
+
+void Match(const RegexCall& call) {
+  CompiledPattern pattern(call.Pattern());
+  if (!pattern.Compiled()) return;
+  ReturnInt(call.fromConsole, call.Variable(), pattern.Match(call.Subject(), false));
+}
+
+void Search(const RegexCall& call) {
+  CompiledPattern pattern(call.Pattern());
+  if (!pattern.Compiled()) return;
+  int start = 0, range = kDefaultSearchRange;
+  if (call.HasRange()) {
+    start = atoi(call.Arg(5));
+    range = atoi(call.Arg(6));
+  }
+  ReturnInt(call.fromConsole, call.Variable(), pattern.Search(call.Subject(), start, range));
+}
+
+// No match leaves the variable as it was, and gives Python None.
+void MatchFormat(const RegexCall& call) {
+  CompiledPattern pattern(call.Pattern());
+  if (!pattern.Compiled()) return;
+  const char* subject = call.Subject();
+  if (pattern.Match(subject, true) < 0) return;
+  RegexGroupTable groups;
+  Regex_FillGroups(groups, pattern.Registers(), subject);
+  char text[REGEX_FORMAT_SIZE];
+  Regex_Format(call.Arg(5), groups, text);
+  ReturnText(call.fromConsole, call.Variable(), text);
+}
+
+struct RegexOperation {
+  const char* name;
+  void (*run)(const RegexCall& call);
+};
+const RegexOperation kRegexOperations[] = {
+    {"match", Match},
+    {"search", Search},
+    {"matchformat", MatchFormat},
+};
+
+// Another operation name does nothing and prints nothing.
+void Regex_h(bool expand, bool fromConsole) {
+  ArgView args(expand);
+  const RegexCall call{args, fromConsole};
+  for (const RegexOperation& operation : kRegexOperations)
+    if (strcasecmp(args.Argv(1), operation.name) == 0) {
+      operation.run(call);
+      return;
+    }
+}
+
+const CommandRow kRegexCommands[] = {
+    {"regex", Regex_h, 4, "Syntax: %s <command-name> <output-var> <expression> <string> [start] [range]\n",
+     "Matches a regular expression against a string: match, search or matchformat.", DOORS_ALL},
+};
+const CommandTable s_regexCommands(kRegexCommands);
+
+}  // namespace
+
+void Regex_FillGroups(RegexGroupTable& table, const re_registers& registers, const char* subject) {
+  for (int i = 0; i < REGEX_GROUP_ENTRIES; ++i) {
+    table.text[i] = "";
+    table.length[i] = 0;
+    if (unsigned(i) >= registers.num_regs || registers.start[i] < 0 || registers.end[i] < registers.start[i])
+      continue;
+    table.text[i] = subject + registers.start[i];
+    table.length[i] = size_t(registers.end[i] - registers.start[i]);
+  }
+}
+
+size_t Regex_Format(const char* format, const RegexGroupTable& table, char (&out)[REGEX_FORMAT_SIZE]) {
+  const size_t room = REGEX_FORMAT_SIZE - 1;
+  size_t length = 0;
+  auto put = [&](const char* text, size_t n) {
+    size_t take = n < room - length ? n : room - length;
+    memcpy(out + length, text, take);
+    length += take;
+  };
+  for (const char* p = format; *p && length < room; ++p) {
+    if (*p != '%') {
+      put(p, 1);
+      continue;
+    }
+    const char next = *++p;
+    if (next == '\0') break;
+    if (next >= '1' && next <= '9')
+      put(table.text[next - '0'], table.length[next - '0']);
+    else
+      put(&next, 1);
+  }
+  out[length] = '\0';
+  return length;
+}
