@@ -94,3 +94,22 @@ TEST_F(WorldPythonTest, AListIsADictionaryKeyedByNumber) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(WorldPythonTest, DirectCommandsGiveTheirValues) {
+  int a = Connect("Listener");
+  int b = Connect("Speaker");
+  EXPECT_EQ(Call("voicechat", {"islistening", std::to_string(a), std::to_string(b)}), "1");
+  EXPECT_EQ(Call("physics", {"get", "gravity"}), "'0.000000,0.000000,-600.000000'");
+  EXPECT_EQ(Call("physics", {"get", "airdensity"}), "2.0");
+  EXPECT_EQ(Call("getentityindex", {"worldspawn"}), "0");
+  std::string bot = Call("createbot", {"Pybot"});
+  EXPECT_EQ(SimWorld().ClientByUserid(atoi(bot.c_str()))->name, "Pybot");
+  EXPECT_EQ(Call("precachemodel", {}), "None");
+  EXPECT_EQ(LastError(), "Syntax error");
+  EXPECT_NE(Call("precachemodel", {"models/py.mdl"}), "None");
+  EXPECT_EQ(Call("cexec", {std::to_string(a), "say hi"}), "None");
+}
+
+}  // namespace
