@@ -21,7 +21,9 @@ constexpr int kMaxBaseclassDepth = 64;
 
 // A name of the game's tables equals a path component, case ignored. A null name matches nothing.
 bool NameIs(const char* name, std::string_view component) {
-  return name && strncasecmp(name, component.data(), component.size()) == 0 && name[component.size()] == '\0';
+  if (!name) return false;
+  if (component.empty()) return name[0] == '\0';
+  return strncasecmp(name, component.data(), component.size()) == 0 && name[component.size()] == '\0';
 }
 
 ServerClass* FirstServerClass() { return gamedll ? gamedll->GetAllServerClasses() : nullptr; }
