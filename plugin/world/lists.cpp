@@ -171,6 +171,7 @@ ListResult EntityList(const char* filter) {
     if (!className || !className[0]) continue;
     bool byIndex = false;
     if (filter && !FilterTakes(filter, index, className, byIndex)) continue;
+    TW_ASSERT(edict->GetNetworkable(), "a class name is the networkable's");
     ServerClass* serverClass = edict->GetNetworkable()->GetServerClass();
     if (serverClass && serverClass->GetName()) {
       list.AddRow(index);
@@ -258,6 +259,7 @@ void DumpEntities_f() {
     const char* className = WalkClassName(edict);
     if (!className || !className[0]) continue;
     DbgMsg(1, "dump: %d\n", index);
+    TW_ASSERT(edict->GetNetworkable(), "a class name is the networkable's");
     ServerClass* serverClass = edict->GetNetworkable()->GetServerClass();
     if (!serverClass || !serverClass->GetName()) {
       DbgMsg(0, "%d: %s.\n", index, className);

@@ -122,6 +122,7 @@ bool FindPropertyInTable(SendTable* table, std::string_view path, int& offset, i
     DbgMsg(3, "Found %s\n", found->GetName());
     return true;
   }
+  TW_ASSERT(tail.size() < path.size(), "each datatable step takes a component off the path");
   if (type == DPT_DataTable) return FindPropertyInTable(found->GetDataTable(), tail, offset, type);
   offset = 0;
   return false;

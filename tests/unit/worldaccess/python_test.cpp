@@ -6,35 +6,21 @@
 #include <initializer_list>
 #include <string>
 
-#include "python/methodtable.h"
+#include "python_call.h"
 #include "worldaccess_fixture.h"
-
-#ifdef TW_SANITIZE
-// The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libpython3\n";
-}
-#endif
 
 namespace {
 
 class WorldPythonTest : public WorldAccessTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
   // The repr of what tw_C.<method>(*items) gives, items passed as texts.
   static std::string Call(const char* method, std::initializer_list<std::string> items) {
     PyObject* tuple = PyTuple_New(Py_ssize_t(items.size()));
     Py_ssize_t i = 0;
     for (const std::string& item : items) PyTuple_SET_ITEM(tuple, i++, PyUnicode_FromString(item.c_str()));
-    const PyMethodDef* def = FindTwMethod(method);
-    PyObject* result = def ? def->ml_meth(nullptr, tuple) : nullptr;
+    std::string text = CallTwRepr(method, tuple);
     Py_DECREF(tuple);
-    PyObject* repr = result ? PyObject_Repr(result) : nullptr;
-    std::string text = repr ? PyUnicode_AsUTF8(repr) : "<null>";
-    Py_XDECREF(repr);
-    Py_XDECREF(result);
     return text;
   }
 };
