@@ -2,6 +2,9 @@
 // table, the command line, the Q_ text helpers, and TW_ASSERT.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "output_capture.h"
 #include "tier0.h"
 #include "vstdlib.h"
@@ -80,9 +83,30 @@ TEST(SupportText, SliceAndSplit) {
   EXPECT_STREQ(out, "ef");
   Q_StrSlice("abc", 2, 1, out, sizeof out);
   EXPECT_STREQ(out, "");
-  std::vector<std::string> parts;
-  Q_SplitString("a,,b,", ",", parts);
-  EXPECT_EQ(parts, (std::vector<std::string>{"a", "", "b", ""}));
+}
+
+TEST(SupportText, SplitCutsAtTheWholeSeparatorIgnoringCaseAndDropsEmptyPieces) {
+  struct Case {
+    const char* text;
+    const char* separator;
+    std::vector<std::string> pieces;
+  };
+  const Case cases[] = {
+      {"a,,b,", ",", {"a", "b"}},
+      {"a  b", " ", {"a", "b"}},
+      {",,,", ",", {}},
+      {"", ",", {}},
+      {"aXbxc", "x", {"a", "b", "c"}},
+      {"a-b ab-cAB-d", "ab", {"a-b ", "-c", "-d"}},  // the two letters in a row, not either one
+      {"one", "", {"one"}},
+      {"", "", {}},
+      {"abc", "abcd", {"abc"}},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> parts{"left over"};
+    Q_SplitString(c.text, c.separator, parts);
+    EXPECT_EQ(parts, c.pieces) << '"' << c.text << "\" by \"" << c.separator << '"';
+  }
 }
 
 TEST(SupportText, SnprintfAlwaysEndsInsideTheBuffer) {
