@@ -16,7 +16,7 @@ import sys
 # unit, files (paths below plugin/, first match wins), units it may include
 LAYOUT = [
     ("orchestrator", ["plugin.h", "plugin.cpp", "export.cpp"],
-     ["base", "KeyValues", "keygroups", "script", "language", "packs", "events", "library", "python"]),
+     ["base", "KeyValues", "keygroups", "script", "language", "packs", "events", "library", "python", "world"]),
     ("KeyValues", ["keygroups/KeyValues.*"], []),
     ("base", ["host/*",
               "language/doors.*", "language/results.*", "language/textbuf.h", "language/expansion.*",
@@ -26,9 +26,10 @@ LAYOUT = [
     ("keygroups", ["keygroups/*"], ["base", "KeyValues"]),
     ("script", ["script/*"], ["base", "KeyValues", "keygroups", "library"]),
     ("language", ["language/*"], ["base", "KeyValues", "script", "keygroups"]),
-    ("packs", ["packs/*"], ["base", "KeyValues", "script"]),
-    ("events", ["events/*"], ["base", "KeyValues", "packs", "script"]),
+    ("packs", ["packs/*"], ["base", "KeyValues", "script", "world"]),
+    ("events", ["events/*"], ["base", "KeyValues", "packs", "script", "world"]),
     ("library", ["library/*"], ["base", "KeyValues", "keygroups"]),
+    ("world", ["world/*"], ["base", "KeyValues", "keygroups", "language", "library"]),
     ("python", ["python/*"], ["base", "KeyValues"]),
 ]
 
