@@ -9,7 +9,7 @@
 #include "eiface.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "host/server_state.h"
 #include "iplayerinfo.h"
 #include "language/doors.h"
 #include "library/vectors.h"

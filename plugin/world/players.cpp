@@ -11,7 +11,7 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/plugin.h"
+#include "host/server_state.h"
 #include "iplayerinfo.h"
 #include "vstdlib.h"
 #include "world/properties.h"
