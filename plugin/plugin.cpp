@@ -14,6 +14,7 @@
 #include "keygroups/keygroups.h"
 #include "language/regcmds.h"
 #include "language/wrappers.h"
+#include "messaging/usermessages.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
 
@@ -30,6 +31,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   StoreGameDirectories();                                                            // 8
   RefreshCachedSwitches();                                                           // 9
   Declarations_OnLoad(this);                                                         // 10-11
+  Messaging_OnLoad(this);                                                            // dialogs name it
   KeyGroups_OnLoad();                                                                // 12
   Wrappers_OnLoad();                                                                 // 13-15
   QueueCommandLine();                                                                // 16

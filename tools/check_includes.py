@@ -16,7 +16,8 @@ import sys
 # unit, files (paths below plugin/, first match wins), units it may include
 LAYOUT = [
     ("orchestrator", ["plugin.h", "plugin.cpp", "export.cpp"],
-     ["base", "KeyValues", "keygroups", "script", "language", "packs", "events", "library", "python"]),
+     ["base", "KeyValues", "keygroups", "script", "language", "packs", "events", "library", "python", "world",
+      "messaging"]),
     ("KeyValues", ["keygroups/KeyValues.*"], []),
     ("base", ["host/*",
               "language/doors.*", "language/results.*", "language/textbuf.h", "language/expansion.*",
@@ -27,8 +28,10 @@ LAYOUT = [
     ("script", ["script/*"], ["base", "KeyValues", "keygroups"]),
     ("language", ["language/*"], ["base", "KeyValues", "script"]),
     ("packs", ["packs/*"], ["base", "KeyValues", "script"]),
-    ("events", ["events/*"], ["base", "KeyValues", "packs", "script"]),
+    ("events", ["events/*"], ["base", "KeyValues", "packs", "script", "world"]),
     ("library", ["library/*"], ["base", "KeyValues"]),
+    ("world", ["world/*"], ["base", "KeyValues", "library"]),
+    ("messaging", ["messaging/*"], ["base", "KeyValues", "keygroups", "library", "world"]),
     ("python", ["python/*"], ["base", "KeyValues"]),
 ]
 
