@@ -17,6 +17,7 @@
 #include "messaging/usermessages.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
+#include "world/physics.h"
 
 CTidewrightPlugin g_TidewrightPlugin;
 
@@ -44,11 +45,13 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   return true;
 }
 
-// The events the plugin holds go back to the manager; nothing else is released.
+// The events the plugin holds go back to the manager and the physics handler leaves the environment;
+// nothing else is released.
 void CTidewrightPlugin::Unload() {
   Declarations_StopListening();
   ReleaseEvents();
   ReleasePendingEvent();
+  Physics_OnUnload();
 }
 
 void CTidewrightPlugin::Pause() {}

@@ -27,10 +27,10 @@ LAYOUT = [
     ("keygroups", ["keygroups/*"], ["base", "KeyValues"]),
     ("script", ["script/*"], ["base", "KeyValues", "keygroups"]),
     ("language", ["language/*"], ["base", "KeyValues", "script"]),
-    ("packs", ["packs/*"], ["base", "KeyValues", "script"]),
+    ("packs", ["packs/*"], ["base", "KeyValues", "script", "world"]),
     ("events", ["events/*"], ["base", "KeyValues", "packs", "script", "world"]),
     ("library", ["library/*"], ["base", "KeyValues"]),
-    ("world", ["world/*"], ["base", "KeyValues", "library"]),
+    ("world", ["world/*"], ["base", "KeyValues", "keygroups", "language", "library"]),
     ("messaging", ["messaging/*"], ["base", "KeyValues", "keygroups", "library", "world"]),
     ("python", ["python/*"], ["base", "KeyValues"]),
 ]

@@ -138,6 +138,8 @@ public:
   // The client types a line on its console: its own variables are set there, everything else goes to the
   // server as client commands.
   void ClientConsole(CClient& client, const char* text);
+  // A person talks over voice: "> voice to R1,R2: from USERID" for the humans who hear him.
+  void Speak(CClient& speaker);
   // Client slots in use, in slot order.
   std::vector<CClient*> Clients() const;
   int UseridOfIndex(int index) const;

@@ -77,3 +77,20 @@ TEST_F(WorldPythonTest, APropertyComesBackByItsType) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(WorldPythonTest, AListIsADictionaryKeyedByNumber) {
+  int a = Connect("First");
+  int b = AddBot("Second");
+  EXPECT_EQ(Call("createplayerlist", {std::to_string(b)}).substr(0, 40),
+            "{" + std::to_string(b) + ": {'name': 'Second', 'steamid': 'BOT'");
+  std::string all = Call("createplayerlist", {});
+  EXPECT_NE(all.find(std::to_string(a) + ": {'name': 'First'"), std::string::npos) << all;
+  EXPECT_EQ(Call("createplayerlist", {"99"}), "{}");
+  std::string one = Call("createentitylist", {std::to_string(Client(a).slot)});
+  EXPECT_EQ(one.rfind("{" + std::to_string(Client(a).slot) + ": {'classname': 'player', ", 0), 0u) << one;
+  EXPECT_NE(one.find("'CCSPlayer.m_iAccount': 800"), std::string::npos) << one;
+}
+
+}  // namespace

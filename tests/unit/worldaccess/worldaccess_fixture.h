@@ -8,7 +8,7 @@
 #include "edict.h"
 #include "eiface.h"
 #include "host/engine_surface.h"
-#include "host/server_state.h"
+#include "plugin.h"
 #include "world/sim_world.h"
 
 class WorldAccessTest : public ScriptTest {
