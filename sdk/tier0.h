@@ -1,6 +1,11 @@
 // Console output and scratch memory: the engine's tier0 exports, supplied by the stand-in's support library
-// (libtwsupport.so), which the engine and every plugin link.
+// (libtwsupport.so), which the engine and every plugin link. Also TW_ASSERT, for invariants held by hand.
 #pragma once
+
+#ifdef TW_SANITIZE
+#include <cstdio>
+#include <cstdlib>
+#endif
 
 #if defined(__GNUC__)
 #define TW_SUPPORT_API __attribute__((visibility("default")))
@@ -27,3 +32,15 @@ TW_SUPPORT_API int GetDeveloperLevel();
 // One scratch block at a time: a block for the duration of a call, such as a file read whole.
 TW_SUPPORT_API void* MemAllocScratch(int size);
 TW_SUPPORT_API void MemFreeScratch();
+
+// An invariant that the code keeps by hand, never a user's mistake. Live in the sanitizer build, where a broken
+// one prints the message and the condition with their place and aborts; in release the condition isn't even
+// evaluated.
+#ifdef TW_SANITIZE
+#define TW_ASSERT(cond, message)                                                                       \
+  ((cond) ? (void)0                                                                                    \
+          : (fprintf(stderr, "%s:%d: invariant broken: %s (%s)\n", __FILE__, __LINE__, message, #cond), \
+             abort()))
+#else
+#define TW_ASSERT(cond, message) ((void)sizeof(!(cond)))
+#endif

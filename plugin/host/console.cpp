@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 #include <strings.h>
+#include <vector>
 
 #include "eiface.h"
 #include "icvar.h"
@@ -14,6 +15,7 @@
 #include "host/engine_surface.h"
 #include "host/nametable.h"
 #include "host/version.h"
+#include "tier1/strtools.h"
 
 namespace {
 
@@ -41,13 +43,6 @@ NameTable<ConVar*>& VarCache() {
   return cache;
 }
 
-char* CopyText(const char* text) {
-  size_t n = strlen(text) + 1;
-  char* copy = static_cast<char*>(malloc(n));
-  memcpy(copy, text, n);
-  return copy;
-}
-
 // Sets a found or made variable, unless it may not be set now.
 ConVar* SetFoundVar(ConVar* var, const char* value) {
   if (var && CanSetVar(var)) var->SetValue(value);
@@ -64,6 +59,11 @@ void ConnectConsole(CreateInterfaceFn factory) {
   cvar = found;
   ConVar_SetCvarInterface(found);
   ConCommandBaseMgr_OneTimeInit(&s_accessor);
+}
+
+void KeepCommand(ConCommandBase* command) {
+  static std::vector<ConCommandBase*>& kept = *new std::vector<ConCommandBase*>;
+  kept.push_back(command);
 }
 
 // ---- finding and making variables ----

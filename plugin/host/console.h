@@ -8,6 +8,11 @@
 // Connects the accessor through "VEngineCvar002" and registers every console object of the plugin.
 void ConnectConsole(CreateInterfaceFn factory);
 
+// Keeps a console object that the plugin made for as long as the process lives, through the engine's
+// shutdown included: the list that holds it is never destroyed, so the object stays the plugin's whatever
+// becomes of the engine's chain.
+void KeepCommand(ConCommandBase* command);
+
 // A server variable by name (ignoring case), engine's and other plugins' included; cached after the first
 // hit, so a hit never asks the engine. Null when there is none.
 ConVar* FindServerVar(const char* name);

@@ -8,12 +8,12 @@
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
+#include "language/textbuf.h"
 #include "vstdlib.h"
 
 namespace {
 
 constexpr int kMaxPath = 2048;
-constexpr int kMaxCommandLine = 2048;
 constexpr const char* kAddonSubdirectory = "/addons/tidewright";
 
 }  // namespace
@@ -38,14 +38,14 @@ void RefreshCachedSwitches() {
 void QueueCommandLine() {
   static constexpr char kPrefix[] = "tw_xsetinfo tidewright_cmdline \"";
   static constexpr char kSuffix[] = "\"\n";
-  char line[kMaxCommandLine - (sizeof kPrefix - 1) - (sizeof kSuffix - 1)];
+  char line[TEXT_BUFFER_SIZE - (sizeof kPrefix - 1) - (sizeof kSuffix - 1)];
   const char* commandLine = CommandLine()->GetCmdLine();
   snprintf(line, sizeof line, "%s", commandLine ? commandLine : "");
   for (char* c = line; *c; ++c) {
     if (*c == '"') *c = '\'';
     if (*c == '\n' || *c == '\r') *c = ' ';
   }
-  char command[kMaxCommandLine];
+  char command[TEXT_BUFFER_SIZE];
   snprintf(command, sizeof command, "%s%s%s", kPrefix, line, kSuffix);
   engine->ServerCommand(command);
 }

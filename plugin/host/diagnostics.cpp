@@ -18,8 +18,8 @@ namespace {
 // A frame that spends longer than this in the plugin is reported when tidewright_frametimecheck is on.
 constexpr float kLongFrameSeconds = 0.01f;
 
-// Formats into `out`, cutting the text at the last byte of the buffer.
-void FormatMessage(char (&out)[kMaxMessageLength + 1], const char* format, va_list args) {
+// Formats into `out`, cutting the text at the console line's length.
+void FormatMessage(char (&out)[TEXT_BUFFER_SIZE], const char* format, va_list args) {
   if (vsnprintf(out, sizeof out, format, args) < 0) out[0] = '\0';
 }
 
@@ -37,7 +37,7 @@ void ClearInstruction() {
 
 void DbgMsg(int level, const char* format, ...) {
   if (level > g_cached.debug) return;
-  char text[kMaxMessageLength + 1];
+  char text[TEXT_BUFFER_SIZE];
   va_list args;
   va_start(args, format);
   FormatMessage(text, format, args);
@@ -51,7 +51,7 @@ void DbgMsg(int level, const char* format, ...) {
 
 void ReportScriptError(int level, const char* format, ...) {
   if (level > g_cached.debug) return;
-  char text[kMaxMessageLength + 1];
+  char text[TEXT_BUFFER_SIZE];
   va_list args;
   va_start(args, format);
   FormatMessage(text, format, args);
@@ -61,7 +61,7 @@ void ReportScriptError(int level, const char* format, ...) {
   if (RoutedToLog()) {
     if (!engine) return;
     engine->LogPrint(text);
-    char where[kMaxMessageLength + 1];
+    char where[TEXT_BUFFER_SIZE];
     snprintf(where, sizeof where, "  Error location %s: %s", line, cmd);
     engine->LogPrint(where);
     return;
@@ -70,7 +70,7 @@ void ReportScriptError(int level, const char* format, ...) {
 }
 
 void SetLastErrorText(const char* format, ...) {
-  char text[kMaxMessageLength + 1];
+  char text[TEXT_BUFFER_SIZE];
   va_list args;
   va_start(args, format);
   FormatMessage(text, format, args);

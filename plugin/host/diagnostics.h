@@ -2,6 +2,7 @@
 // adds where in a script the failure happened, one slot (tidewright_lasterror) for a command's last error.
 #pragma once
 
+#include "language/textbuf.h"
 #include "tier0.h"
 
 class CScriptLine;
@@ -34,9 +35,6 @@ inline constexpr const char* kNoScriptCmd = "(no script)\n";
 inline constexpr const char* kNoScriptLine = "(console)";
 // Puts ip in the state of no script running.
 void ClearInstruction();
-
-// The longest text a message, report or last error holds; longer output is cut.
-inline constexpr int kMaxMessageLength = 2047;
 
 // Prints when `level` is at most tidewright_debug; to the server log instead when tidewright_debuglog is 1.
 void DbgMsg(int level, const char* format, ...) TW_PRINTF(2, 3);

@@ -15,6 +15,7 @@
 #include "filesystem.h"
 #include "tier0.h"
 #include "tier1/handletable.h"
+#include "tier1/strtools.h"
 #include "vstdlib.h"
 
 namespace {
@@ -65,13 +66,6 @@ int s_includeDepth = 0;
 HandleTable<KeyValues>& Handles() {
   static auto* table = new HandleTable<KeyValues>;  // never destroyed: nodes may outlive static destruction
   return *table;
-}
-
-char* CopyText(const char* text) {
-  size_t n = strlen(text) + 1;
-  char* copy = new char[n];
-  memcpy(copy, text, n);
-  return copy;
 }
 
 inline bool IsSpace(unsigned char c) { return c >= 1 && c <= 32; }
@@ -216,7 +210,7 @@ void KeyValues::RemoveEverything() {
 }
 
 void KeyValues::ClearValue() {
-  delete[] m_sValue;
+  free(m_sValue);
   m_sValue = nullptr;
   delete[] m_wsValue;
   m_wsValue = nullptr;

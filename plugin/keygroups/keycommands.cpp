@@ -34,8 +34,8 @@ void ReportUncreatableKey(const char* name) {
 // ---- keys ----
 
 void KeyCreate_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   bool grouped = args.Argc() == 3;
   KeyValues* parent = KeyParent(grouped, args.Argv(1), "Keygroup not found");
   const char* name = args.Argv(grouped ? 2 : 1);
@@ -44,8 +44,8 @@ void KeyCreate_h(bool expand, bool fromConsole) {
 }
 
 void KeyDelete_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   bool grouped = args.Argc() == 3;
   KeyValues* parent = KeyParent(grouped, args.Argv(1), "Keygroup not found");
   if (!parent) return;
@@ -60,8 +60,8 @@ void KeyDelete_h(bool expand, bool fromConsole) {
 }
 
 void KeyRename_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   bool grouped = args.Argc() == 4;
   KeyValues* parent = KeyParent(grouped, args.Argv(1), "Keygroup not found");
   const char* name = args.Argv(grouped ? 2 : 1);
@@ -78,8 +78,8 @@ void KeyRename_h(bool expand, bool fromConsole) {
 // ---- values ----
 
 void KeySetValue_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   bool grouped = args.Argc() == 5;
   KeyValues* parent = KeyParent(grouped, args.Argv(1), "Keygroup not found");
   const char* name = args.Argv(grouped ? 2 : 1);
@@ -99,8 +99,8 @@ void KeySetValue_h(bool expand, bool fromConsole) {
 // At the console doors the first argument is the variable that receives the value; from Python there is
 // none and every other argument stands one lower.
 void KeyGetValue_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   int first = fromConsole ? 2 : 1;
   bool grouped = args.Argc() == first + 3;
   KeyValues* parent = KeyParent(grouped, args.Argv(first), "Keygroup not found");
@@ -146,8 +146,8 @@ void FilterKeys(KeyValues* parent, bool only, const char* name, const char* text
 }
 
 void KeyGroupFilter_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   bool grouped = args.Argc() > 4;
   KeyValues* parent = KeyParent(grouped, args.Argv(1), "Keygroup not found");
   if (!parent) {
@@ -175,8 +175,8 @@ void PrintKeys(KeyValues* parent) {
 }
 
 void KeyList_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet.")) return;
+  KeyArgs args(expand, "Keys not ready, yet.");
+  if (!args.Ready()) return;
   if (KeyValues* parent = KeyParent(args.Argc() == 2, args.Argv(1), "Key not found")) PrintKeys(parent);
 }
 

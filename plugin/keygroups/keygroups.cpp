@@ -61,10 +61,8 @@ KeyValues* FindGroup(const char* name, bool create) {
   return groups ? FindChildKey(groups, name, create) : nullptr;
 }
 
-bool KeysReady(const char* lastError) {
-  if (g_userTree) return true;
-  ReportKeysNotReady(lastError);
-  return false;
+KeyArgs::KeyArgs(bool expand, const char* lastError) : ArgView(expand), m_ready(g_userTree != nullptr) {
+  if (!m_ready) ReportKeysNotReady(lastError);
 }
 
 KeyValues* KeyParent(bool grouped, const char* groupName, const char* missingError) {
@@ -171,21 +169,21 @@ void KeyGroupCreate_h(bool expand, bool fromConsole) {
 }
 
 void KeyGroupDelete_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet")) return;
+  KeyArgs args(expand);
+  if (!args.Ready()) return;
   KeyValues* holder = nullptr;
   if (KeyValues* group = ExistingGroup(args.Argv(1), &holder)) DestroyChild(holder, group);
 }
 
 void KeyGroupRename_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet") || !KeyTextFits(args.Argv(2))) return;
+  KeyArgs args(expand);
+  if (!args.Ready() || !KeyTextFits(args.Argv(2))) return;
   if (KeyValues* group = ExistingGroup(args.Argv(1))) group->SetName(args.Argv(2));
 }
 
 void KeyGroupCopy_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
-  if (!KeysReady("Keys not ready, yet.") || !KeyTextFits(args.Argv(2))) return;
+  KeyArgs args(expand, "Keys not ready, yet.");
+  if (!args.Ready() || !KeyTextFits(args.Argv(2))) return;
   KeyValues* source = ExistingGroup(args.Argv(1));
   if (!source) return;
   // The copy stands directly behind its source, before the groups that followed it.
@@ -196,9 +194,9 @@ void KeyGroupCopy_h(bool expand, bool fromConsole) {
 }
 
 void KeyGroupLoad_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
+  KeyArgs args(expand);
   char path[kMaxKeyGroupPath + 1];
-  if (!KeysReady("Keys not ready, yet") || !CommandFilePath(args, path)) return;
+  if (!args.Ready() || !CommandFilePath(args, path)) return;
   KeyValues* group = FindGroup(args.Argv(1), true);
   if (!group || !LoadKeyGroup(group, path)) {
     DbgMsg(0, "ERROR: Could not load keygroup: %s!\n", path);
@@ -209,9 +207,9 @@ void KeyGroupLoad_h(bool expand, bool fromConsole) {
 }
 
 void KeyGroupSave_h(bool expand, bool fromConsole) {
-  ArgView args(expand);
+  KeyArgs args(expand);
   char path[kMaxKeyGroupPath + 1];
-  if (!KeysReady("Keys not ready, yet") || !CommandFilePath(args, path)) return;
+  if (!args.Ready() || !CommandFilePath(args, path)) return;
   KeyValues* group = ExistingGroup(args.Argv(1));
   if (!group) return;
   if (!group->SaveToFile(filesystem, path, nullptr)) {

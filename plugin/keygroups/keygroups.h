@@ -5,6 +5,8 @@
 
 #include <cstddef>
 
+#include "language/doors.h"
+
 class KeyValues;
 class ListResult;
 
@@ -40,8 +42,18 @@ void ReturnList(bool fromConsole, KeyValues* group, ListResult list, ListRows ro
 
 // ---- shared by the keygroup commands ----
 
-// True when the user tree exists; otherwise reports it and sets the last error to `lastError`.
-bool KeysReady(const char* lastError);
+// The opening of every keygroup command, as a player argument will open the world's commands: the
+// command's arguments and the test that the user tree exists. A missing tree is reported here ("ERROR:
+// Tidewright key access attempted before keys have been initialized." at level 0, `lastError` as the last
+// error), so the command only asks Ready() and ends.
+class KeyArgs : public ArgView {
+public:
+  explicit KeyArgs(bool expand, const char* lastError = "Keys not ready, yet");
+  bool Ready() const { return m_ready; }
+
+private:
+  bool m_ready;
+};
 
 // The parent of a key command by the optional-group rule: the group `groupName` when `grouped`, else
 // "Ungrouped". Null, after "ERROR: Tidewright cannot find the %s group!\n" and `missingError`, when the group

@@ -91,12 +91,10 @@ private:
 
 namespace {
 
-// Door objects live as long as the process, through the engine's shutdown included: this list is never
-// destroyed, so they stay ours whatever becomes of the engine's chain.
+// Door objects live as long as the process.
 template <class Door, class... Args>
 void KeepDoor(Args&&... args) {
-  static std::vector<ConCommand*>& doors = *new std::vector<ConCommand*>;
-  doors.push_back(new Door(std::forward<Args>(args)...));
+  KeepCommand(new Door(std::forward<Args>(args)...));
 }
 
 // Filled at static initialisation, in whatever order the tables' files come; never destroyed.
@@ -121,16 +119,20 @@ void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { KeepDoor<PrefixTwin
 
 int PythonRowCount() { return int(PythonRows().size()); }
 
-const CommandRow& PythonRow(int index) { return *PythonRows()[size_t(index)]; }
+const CommandRow& PythonRow(int index) {
+  TW_ASSERT(index >= 0 && index < PythonRowCount(), "a Python row within the list");
+  return *PythonRows()[size_t(index)];
+}
 
 // ---- the current record ----
 
-CurrentArgsScope::CurrentArgsScope(CommandArgs* fresh) : m_outer(g_currentArgs) {
+CurrentArgsScope::CurrentArgsScope(CommandArgs* fresh) : m_outer(g_currentArgs), m_record(fresh) {
   g_currentArgs = fresh;
   ++s_doorDepth;
 }
 
 CurrentArgsScope::~CurrentArgsScope() {
+  TW_ASSERT(s_doorDepth > 0 && g_currentArgs == m_record, "door calls end in the reverse order of their start");
   if (--s_doorDepth > 0) {
     delete g_currentArgs;
     g_currentArgs = m_outer;

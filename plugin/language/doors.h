@@ -94,6 +94,7 @@ public:
 
 private:
   CommandArgs* m_outer;
+  CommandArgs* m_record;
 };
 
 // The prologue and the handler of a row, for the doors and the binder.

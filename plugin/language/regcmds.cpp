@@ -1,6 +1,7 @@
 // Registered commands: the tables of words bound to blocks, regcmd/regsaycmd/regclientcmd and their
 // removal, tw__cmdproxy and tw__clientcmdproxy, the say path that CSayWrap runs in place of say/say_team,
-// and the client commands that reach the plugin's ClientCommand. Running the blocks is the execution engine's (DoBlock).
+// and the client commands that reach the plugin's ClientCommand. Running the blocks is the execution
+// engine's (DoBlock).
 #include "language/regcmds.h"
 
 #include <cctype>
@@ -9,7 +10,6 @@
 #include <new>
 #include <string>
 #include <strings.h>
-#include <vector>
 
 #include "edict.h"
 #include "eiface.h"
@@ -118,12 +118,6 @@ private:
   std::string m_help;
 };
 
-// Never destroyed: the engine's chain holds these commands for as long as the process runs.
-std::vector<CRegisteredCommand*>& MadeCommands() {
-  static std::vector<CRegisteredCommand*>& made = *new std::vector<CRegisteredCommand*>;
-  return made;
-}
-
 // An entry stays when its name is there already; the new block is dropped without a message.
 void AddEntry(CommandTableByName& table, const char* name, const char* block) {
   try {
@@ -146,9 +140,7 @@ void RegCmd_h(bool expand, bool fromConsole) {
     return;
   }
   try {
-    std::vector<CRegisteredCommand*>& made = MadeCommands();
-    made.reserve(made.size() + 1);
-    made.push_back(new CRegisteredCommand(name, args.Argv(3)));
+    KeepCommand(new CRegisteredCommand(name, args.Argv(3)));
   } catch (const std::bad_alloc&) {
     DbgMsg(0, "tw_xregcmd: Out of memory.\n");
     return;

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "tier0.h"
+
 namespace {
 ResultValue s_result;
 }  // namespace
@@ -19,6 +21,7 @@ void ListResult::Int(const char* field, int value) { Add(field, value); }
 void ListResult::Float(const char* field, float value) { Add(field, value); }
 
 void ListResult::Add(const char* field, FieldValue value) {
+  TW_ASSERT(!m_rows.empty(), "a list's fields follow their row");
   m_rows.back().fields.push_back(Field{field, std::move(value)});
 }
 

@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <cstring>
 
+// The longest console line: every line, token, name, value and message of the command language.
+inline constexpr int kMaxConsoleLine = 2047;
 // Bytes of every line, token, name and value buffer of the command language, terminator included.
-enum { TEXT_BUFFER_SIZE = 2048 };
+enum { TEXT_BUFFER_SIZE = kMaxConsoleLine + 1 };
 
 class TextBuf {
 public:

@@ -8,7 +8,6 @@
 #include <cstring>
 #include <string>
 #include <strings.h>
-#include <vector>
 
 #include "edict.h"
 #include "eiface.h"
@@ -18,6 +17,7 @@
 #include "host/engine_surface.h"
 #include "host/server_state.h"
 #include "language/textbuf.h"
+#include "tier1/strtools.h"
 
 namespace {
 
@@ -49,21 +49,11 @@ const WrapperRow kWrapperRows[WRAP_COUNT] = {
     {"tw__remove", "ent_remove", false},
 };
 
-// Every wrapper ever made: the engine's chain holds them for the whole process, also those whose pointer
-// a later Load forgot, so this list is never destroyed.
+// Every wrapper ever made stays for the whole process, also those whose pointer a later Load forgot.
 template <class Wrapper>
 Wrapper* Keep(Wrapper* wrapper) {
-  static std::vector<ConCommand*>& made = *new std::vector<ConCommand*>;
-  made.push_back(wrapper);
+  KeepCommand(wrapper);
   return wrapper;
-}
-
-char* CopyText(const char* text) {
-  const char* from = text ? text : "";
-  size_t n = strlen(from) + 1;
-  char* copy = static_cast<char*>(malloc(n));
-  memcpy(copy, from, n);
-  return copy;
 }
 
 // The object that holds sv_cheats's values: writes to it run no callback and tell no client.

@@ -3,10 +3,12 @@
 // files run this way.
 #pragma once
 
+#include "language/textbuf.h"
+
 class KeyValues;
 
-// Longest line handed to the engine: with its line feed and terminator it fills the 2048-byte line buffer.
-enum { MEXEC_MAX_LINE = 2046 };
+// Longest line handed to the engine: with its line feed it is a whole console line.
+enum { MEXEC_MAX_LINE = kMaxConsoleLine - 1 };
 // Bytes of one read: a longer line of the file comes in pieces, each a line of its own.
 enum { MEXEC_READ_SIZE = 8000 };
 

@@ -21,6 +21,7 @@ int s_rowsSeen = 0;
 
 template <int N>
 PyObject* BinderAt(PyObject*, PyObject* args) {
+  TW_ASSERT(N < s_binderCount, "the method table holds only bound binders");
   return RunBinder(*s_binderRows[N], args);
 }
 

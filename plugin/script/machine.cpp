@@ -65,6 +65,18 @@ CScriptMachine::~CScriptMachine() {
   for (CommandArgs* saved : argsStack) delete saved;
 }
 
+void CScriptMachine::Reset() {
+  delete blockArgs;
+  for (CommandArgs* saved : argsStack) delete saved;
+  blockArgs = new CommandArgs;
+  argsStack.clear();
+  ifResultStack.clear();
+  ownsStack.clear();
+  startingBlocks.clear();
+  frameBlocks.clear();
+  lastIfResult = skipNextBlock = argsPending = blockOwnsArgs = 0;
+}
+
 bool CScriptMachine::ExecBlock(const char* name, Instruction& instruction, const char* args) {
   if (skipNextBlock) {
     skipNextBlock = 0;
@@ -104,6 +116,7 @@ void CScriptMachine::PushArgs(const char* args) {
 }
 
 void CScriptMachine::StartBlock(BlockHandle block) {
+  TW_ASSERT(frameBlocks.size() == ifResultStack.size(), "each open frame has its saved if result");
   frameBlocks.push_back(block);
   ifResultStack.push_back(lastIfResult);
   if (argsPending) {
@@ -115,6 +128,8 @@ void CScriptMachine::StartBlock(BlockHandle block) {
 }
 
 void CScriptMachine::EndBlock() {
+  TW_ASSERT(frameBlocks.size() == ifResultStack.size(), "each open frame has its saved if result");
+  TW_ASSERT(!blockOwnsArgs || blockArgs, "a block that owns its arguments has a record");
   if (!frameBlocks.empty()) frameBlocks.pop_back();
   PopInto(ifResultStack, lastIfResult);
   if (blockOwnsArgs) {

@@ -32,7 +32,11 @@ public:
   // Closes the frames on top whose blocks are gone. A block that unloads its own script never reaches its
   // tw__eb; the tw__ip that finds its next line gone closes the frame instead.
   void CloseDeadFrames();
+  // Back to no frames: every stack empty, every flag 0, a fresh empty argument record. The scripts stay.
+  void Reset();
 
+  // A frame's fields move together: frameBlocks and ifResultStack hold one entry per open frame; each
+  // argument record is in exactly one place, blockArgs or argsStack, and is the machine's to delete.
   unsigned char lastIfResult = 0;
   unsigned char skipNextBlock = 0;
   unsigned char argsPending = 0;

@@ -9,11 +9,7 @@
 #include <strings.h>
 
 #include "host/diagnostics.h"
-
-namespace {
-// One line of queued event commands stays within a console line.
-constexpr size_t kEventLineLimit = 2047;
-}  // namespace
+#include "language/textbuf.h"
 
 CScriptRegistry::CScriptRegistry() = default;
 
@@ -181,7 +177,7 @@ char* CScriptRegistry::BuildEventCommands(const char* eventName) {
     char command[48];
     int n = snprintf(command, sizeof command, "tw__de %llx;",
                      static_cast<unsigned long long>(GetEventHash(block->name)));
-    if (text.size() - lineStart + size_t(n) > kEventLineLimit) {
+    if (text.size() - lineStart + size_t(n) > size_t(kMaxConsoleLine)) {
       text += '\n';
       lineStart = text.size();
     }

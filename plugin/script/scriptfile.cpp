@@ -12,15 +12,9 @@
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
 #include "script/machine.h"
+#include "tier1/strtools.h"
 
 namespace {
-
-char* CopyText(const char* text) {
-  size_t n = strlen(text) + 1;
-  char* copy = static_cast<char*>(malloc(n));
-  memcpy(copy, text, n);
-  return copy;
-}
 
 // Copies at most size - 1 characters; true when the whole text fitted.
 bool CopyBounded(char* out, size_t size, const char* text) {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "tier0.h"
+
 // A handle is (serial << 24) | slot. Serials count up over the whole table from 1 and are never reused,
 // so a stale handle can't name the slot's next tenant, and small typed numbers (serial 0) name nothing.
 template <class T>
@@ -24,6 +26,9 @@ public:
       slot = uint32_t(m_slots.size());
       m_slots.push_back({});
     }
+    TW_ASSERT(slot < (uint32_t(1) << kSlotBits) && m_slots[slot].handle == kNone,
+              "a new handle's slot is in range and free");
+    TW_ASSERT(m_serial < (Handle(1) << (64 - kSlotBits)) - 1, "serials never wrap into the slot bits");
     Handle h = (++m_serial << kSlotBits) | slot;
     m_slots[slot] = {object, h};
     return h;

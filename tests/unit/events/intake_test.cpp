@@ -135,6 +135,25 @@ TEST_F(IntakeTest, ForgedHandleNeverBecomesCurrent) {
   }
 }
 
+// A live handle with anything after it is no handle: only the whole number names the event, which stays
+// queued for its real tw__ep.
+TEST_F(IntakeTest, LiveHandleFollowedByJunkTakesNothing) {
+  Load("victim", PrintingScript("victim"));
+  tidewright_debug.SetValue(1);
+  for (const char* junk : {"abc", ".0", "e1", "x7"}) {
+    Fire("player_death", {{"userid", "6"}});
+    std::vector<std::string> commands = TakeCommands();
+    ASSERT_EQ(commands.size(), 2u) << junk;
+    const std::string forged = commands[0].substr(7) + junk;
+    EXPECT_EQ(Run("tw__ep " + forged), "ERROR: No queued event has the handle " + forged + ".\n");
+    EXPECT_EQ(g_currentEvent, nullptr) << forged;
+    EXPECT_EQ(QueuedEventCount(), 1u) << forged;
+    Run(commands[0]);
+    EXPECT_EQ(CurrentUserid(), "6\n") << forged;
+    EXPECT_EQ(Run(commands[1]), "victim sees 6\n") << forged;
+  }
+}
+
 // A handle run out of turn takes its own event; run again it is stale and takes nothing, while the other
 // event still waits for its own handle.
 TEST_F(IntakeTest, EachHandleTakesItsOwnEventOnce) {

@@ -10,7 +10,7 @@
 #include "keygroups_fixture.h"
 #include "language/doors.h"
 #include "language/results.h"
-#include "python/methodtable.h"
+#include "python_call.h"
 
 namespace {
 
@@ -39,9 +39,7 @@ const CommandTable s_testRows(kTestRows);
 
 class ListResultTest : public KeyGroupTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
 };
 
 TEST_F(ListResultTest, ConsoleDoorsWriteTypedKeysIntoTheGroup) {
@@ -72,16 +70,10 @@ TEST_F(ListResultTest, GroupThatCantBeMadeIsReportedBeforeListing) {
 }
 
 TEST_F(ListResultTest, PythonDoorReturnsADictionaryInRowOrder) {
-  const PyMethodDef* def = FindTwMethod("testlist");
-  ASSERT_NE(def, nullptr);
-  PyObject* args = PyTuple_New(0);
-  PyObject* result = def->ml_meth(nullptr, args);
-  ASSERT_NE(result, nullptr);
-  PyObject* repr = PyObject_Repr(result);
-  EXPECT_STREQ(PyUnicode_AsUTF8(repr), "{'alpha': {'name': 'Alice Smith', 'kills': 7, 'x': 1.5}, 'nested/beta': {'kills': -2}}");
-  Py_DECREF(repr);
-  Py_DECREF(result);
-  Py_DECREF(args);
+  PyObject* none = PyTuple_New(0);
+  EXPECT_EQ(CallTwRepr("testlist", none),
+            "{'alpha': {'name': 'Alice Smith', 'kills': 7, 'x': 1.5}, 'nested/beta': {'kills': -2}}");
+  Py_DECREF(none);
   EXPECT_EQ(Names(Groups()), "");  // no keygroup from Python
   EXPECT_TRUE(std::holds_alternative<std::monostate>(TakeResult()));
 }

@@ -6,47 +6,24 @@
 #include <string>
 
 #include "keygroups_fixture.h"
-#include "python/methodtable.h"
-
-#ifdef TW_SANITIZE
-// The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libpython3\n";
-}
-#endif
+#include "python_call.h"
 
 namespace {
 
 class PythonKeysTest : public KeyGroupTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
-  // Calls a binder of tw_C with text arguments; gives its result as text, "None", or "<other>".
-  static std::string Call(const char* method, std::initializer_list<const char*> items) {
-    PyObject* tuple = PyTuple_New(Py_ssize_t(items.size()));
-    Py_ssize_t i = 0;
-    for (const char* item : items) PyTuple_SET_ITEM(tuple, i++, PyUnicode_FromString(item));
-    const PyMethodDef* def = FindTwMethod(method);
-    PyObject* result = def ? def->ml_meth(nullptr, tuple) : nullptr;
-    Py_DECREF(tuple);
-    std::string text = !result ? "<null>" : result == Py_None ? "None"
-                       : PyUnicode_Check(result)            ? PyUnicode_AsUTF8(result)
-                                                             : "<other>";
-    Py_XDECREF(result);
-    return text;
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
 };
 
 TEST_F(PythonKeysTest, GetValueGivesTheTextWithoutAVariable) {
   Run("tw_xkeygroupcreate players;tw_xkeycreate players 42;tw_xkeycreate players 7");
   Run("tw_xkeysetvalue players 42 name Foo;tw_xkeysetvalue players 7 kills 0");
-  EXPECT_EQ(Call("keygetvalue", {"players", "42", "name"}), "Foo");  // four with the name: the group form
-  EXPECT_EQ(Call("keygetvalue", {"players", "2", "kills"}), "0");
+  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "42", "name"}), "'Foo'");  // four with the name: the group form
+  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "2", "kills"}), "'0'");
   Run("tw_xkeycreate free;tw_xkeysetvalue free v w");
-  EXPECT_EQ(Call("keygetvalue", {"free", "v"}), "w");
+  EXPECT_EQ(CallTwRepr("keygetvalue", {"free", "v"}), "'w'");
   OutputCapture capture;
-  EXPECT_EQ(Call("keygetvalue", {"players", "99", "name"}), "None");
+  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "99", "name"}), "None");
   EXPECT_EQ(capture.Text(), "ERROR: Tidewright cannot find the 99 key!\n");
 }
 
@@ -54,24 +31,24 @@ TEST_F(PythonKeysTest, TextsPastTheLimitAreRefused) {
   Run("tw_xkeycreate free");
   std::string longText(kMaxKeyText + 1, 'x');
   OutputCapture capture;
-  Call("keysetvalue", {"free", "v", longText.c_str()});
+  CallTwRepr("keysetvalue", {"free", "v", longText.c_str()});
   EXPECT_EQ(capture.Take(), "ERROR: Tidewright key names and values are limited to 1023 characters.\n");
   EXPECT_EQ(LastError(), "Invalid parameter");
   EXPECT_EQ(Ungrouped()->FindKey("free")->FindKey("v"), nullptr);
-  Call("keysetvalue", {"free", "v", longText.c_str() + 1});
+  CallTwRepr("keysetvalue", {"free", "v", longText.c_str() + 1});
   EXPECT_EQ(strlen(Ungrouped()->FindKey("free")->GetString("v")), size_t(kMaxKeyText));
   ClearLastError();
-  Call("keygroupcreate", {longText.c_str()});
+  CallTwRepr("keygroupcreate", {longText.c_str()});
   EXPECT_EQ(LastError(), "Invalid parameter");
   EXPECT_EQ(Names(Groups()), "");
 }
 
 TEST_F(PythonKeysTest, ALoopKeepsItemsWithBlanksWhole) {
   Run("tw_xkeygroupcreate g;tw_xkeycreate g a;tw_xkeycreate g b");
-  EXPECT_EQ(Call("foreachkey", {"k", "in", "g", "tw echo key server_var(k)"}), "None");
+  EXPECT_EQ(CallTwRepr("foreachkey", {"k", "in", "g", "tw echo key server_var(k)"}), "None");
   EXPECT_EQ(Settle(), "key a\nkey b\n");
   OutputCapture capture;
-  EXPECT_EQ(Call("foreachkey", {"k", "in", "g"}), "None");
+  EXPECT_EQ(CallTwRepr("foreachkey", {"k", "in", "g"}), "None");
   EXPECT_EQ(capture.Text(), " Invalid syntax: tw_xforeachkey <var> in <groupname> <command>");
   EXPECT_EQ(LastError(), "Syntax error");
 }

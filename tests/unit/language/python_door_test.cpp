@@ -11,13 +11,7 @@
 #include "language_fixture.h"
 #include "python/binder.h"
 #include "python/methodtable.h"
-
-#ifdef TW_SANITIZE
-// The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libpython3\n";
-}
-#endif
+#include "python_call.h"
 
 namespace {
 
@@ -30,19 +24,6 @@ struct Ref {
   Ref& operator=(const Ref&) = delete;
   operator PyObject*() const { return object; }
 };
-
-PyObject* Call(const char* method, PyObject* tuple) {
-  const PyMethodDef* def = FindTwMethod(method);
-  EXPECT_NE(def, nullptr) << method;
-  return def ? def->ml_meth(nullptr, tuple) : nullptr;
-}
-
-// The repr of what tw_C.<method>(*tuple) gives.
-std::string CallRepr(const char* method, PyObject* tuple) {
-  Ref result(Call(method, tuple));
-  Ref repr(result.object ? PyObject_Repr(result) : nullptr);
-  return repr.object ? PyUnicode_AsUTF8(repr) : "<null>";
-}
 
 std::unique_ptr<CommandArgs> Tokenize(PyObject* tuple) {
   return std::unique_ptr<CommandArgs>(Cmd_TokenizePython("tw_test", tuple));
@@ -60,7 +41,7 @@ void Inner_h(bool expand, bool fromConsole) {
 
 void CallInner() {
   Ref tuple(Py_BuildValue("(s)", "inner argument"));
-  EXPECT_EQ(CallRepr("twtest_inner", tuple), "'inner value'");
+  EXPECT_EQ(CallTwRepr("twtest_inner", tuple), "'inner value'");
 }
 
 void OuterReturnsOwnArgument_h(bool expand, bool fromConsole) {
@@ -86,9 +67,7 @@ const CommandTable s_testRows(kTestRows);
 
 class PythonDoorTest : public LanguageTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
 };
 
 TEST_F(PythonDoorTest, TokenizingKeepsItemsWholeAndJoinsThem) {
@@ -151,43 +130,43 @@ TEST_F(PythonDoorTest, BindersReturnValuesInsteadOfStoringThem) {
   Set("py_source", "5");
   OutputCapture capture;
   Ref nameOnly(Py_BuildValue("(s)", "py_set_only_name"));
-  EXPECT_EQ(CallRepr("set", nameOnly), "None");  // no usage line either
+  EXPECT_EQ(CallTwRepr("set", nameOnly), "None");  // no usage line either
   EXPECT_EQ(Var("py_set_only_name"), "");
   Ref unexpanded(Py_BuildValue("(ss)", "py_target", "server_var(py_source)"));
-  EXPECT_EQ(CallRepr("set", unexpanded), "None");
+  EXPECT_EQ(CallTwRepr("set", unexpanded), "None");
   EXPECT_EQ(Var("py_target"), "server_var(py_source)");
   // The outermost record stays until the next call.
   ASSERT_NE(g_currentArgs, nullptr);
   EXPECT_STREQ(g_currentArgs->Argv(0), "tw_set");
   EXPECT_STREQ(g_currentArgs->Argv(1), "py_target");
   Ref numbers(Py_BuildValue("(iii)", 1, 2, 3));
-  EXPECT_EQ(CallRepr("createvectorstring", numbers), "'1.000000,2.000000,3.000000'");
+  EXPECT_EQ(CallTwRepr("createvectorstring", numbers), "'1.000000,2.000000,3.000000'");
   EXPECT_EQ(FindServerVar("1"), nullptr);
   Ref vector(Py_BuildValue("(s)", "1,2,3"));
-  EXPECT_EQ(CallRepr("splitvectorstring", vector), "(1.0, 2.0, 3.0)");
+  EXPECT_EQ(CallTwRepr("splitvectorstring", vector), "(1.0, 2.0, 3.0)");
   EXPECT_EQ(capture.Text(), "");
 }
 
 TEST_F(PythonDoorTest, BlockArgumentsFromPython) {
   Ref empty(PyTuple_New(0));
-  EXPECT_EQ(CallRepr("getargs", empty), "None");  // the initial record holds no tokens
-  EXPECT_EQ(CallRepr("getargc", empty), "0");
+  EXPECT_EQ(CallTwRepr("getargs", empty), "None");  // the initial record holds no tokens
+  EXPECT_EQ(CallTwRepr("getargc", empty), "0");
   g_scriptMachine.PushArgs("first \"second item\"");
   Ref index(Py_BuildValue("(i)", 1));
-  EXPECT_EQ(CallRepr("getargv", index), "'second item'");
-  EXPECT_EQ(CallRepr("getargc", empty), "2");
+  EXPECT_EQ(CallTwRepr("getargv", index), "'second item'");
+  EXPECT_EQ(CallTwRepr("getargc", empty), "2");
   g_scriptMachine.argsPending = 0;
   g_scriptMachine.EndBlock();
 }
 
 TEST_F(PythonDoorTest, NestedBinderKeepsTheOuterRecordAndResult) {
   Ref tuple(Py_BuildValue("(s)", "outer argument"));
-  EXPECT_EQ(CallRepr("twtest_outer", tuple), "'outer argument'");
+  EXPECT_EQ(CallTwRepr("twtest_outer", tuple), "'outer argument'");
   EXPECT_EQ(s_innerSawArgv1, "inner argument");
   EXPECT_EQ(s_outerSawArgv1, "outer argument");
   Ref none(PyTuple_New(0));
-  EXPECT_EQ(CallRepr("twtest_outer_none", none), "None");
-  EXPECT_EQ(CallRepr("twtest_outer_first", none), "'outer first'");
+  EXPECT_EQ(CallTwRepr("twtest_outer_none", none), "None");
+  EXPECT_EQ(CallTwRepr("twtest_outer_first", none), "'outer first'");
   EXPECT_TRUE(std::holds_alternative<std::monostate>(TakeResult()));
 }
 

@@ -9,31 +9,13 @@
 #include <string>
 
 #include "../script/script_fixture.h"
-#include "python/methodtable.h"
-
-#ifdef TW_SANITIZE
-// The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libpython3\n";
-}
-#endif
+#include "python_call.h"
 
 namespace {
 
-// Owns one new reference for the length of a test.
-struct Ref {
-  PyObject* object;
-  explicit Ref(PyObject* o) : object(o) {}
-  ~Ref() { Py_XDECREF(object); }
-  Ref(const Ref&) = delete;
-  Ref& operator=(const Ref&) = delete;
-};
-
 class LibraryPythonTest : public ScriptTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
   void TearDown() override {
     tidewright_timeformat.SetValue("%Y-%m-%d %H:%M:%S (%Z)");
     ScriptTest::TearDown();
@@ -41,13 +23,10 @@ protected:
   // The repr of tw_C.<method>(*tuple), with tuple built by Py_BuildValue.
   template <class... Items>
   static std::string Call(const char* method, const char* format, Items... items) {
-    const PyMethodDef* def = FindTwMethod(method);
-    EXPECT_NE(def, nullptr) << method;
-    if (!def) return "<no method>";
-    Ref tuple(Py_BuildValue(format, items...));
-    Ref result(def->ml_meth(nullptr, tuple.object));
-    Ref repr(result.object ? PyObject_Repr(result.object) : nullptr);
-    return repr.object ? PyUnicode_AsUTF8(repr.object) : "<null>";
+    PyObject* tuple = Py_BuildValue(format, items...);
+    std::string repr = CallTwRepr(method, tuple);
+    Py_XDECREF(tuple);
+    return repr;
   }
 };
 

@@ -6,39 +6,24 @@
 #include <string>
 
 #include "keygroups/keygroups.h"
-#include "python/methodtable.h"
+#include "python_call.h"
 #include "script_fixture.h"
-
-#ifdef TW_SANITIZE
-// The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libpython3\n";
-}
-#endif
 
 namespace {
 
 class LifecyclePythonTest : public ScriptTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
   // Calls tw_C.<method>(name), or without arguments for a null name, and runs what it queued; gives the
   // result's repr, the output in `out`.
   static std::string Call(const char* method, const char* name, std::string* out = nullptr) {
-    const PyMethodDef* def = FindTwMethod(method);
-    if (!def) return "<no method>";
     PyObject* args = name ? Py_BuildValue("(s)", name) : PyTuple_New(0);
     OutputCapture capture;
-    PyObject* result = def->ml_meth(nullptr, args);
+    std::string repr = CallTwRepr(method, args);
     Standin().Settle();
     if (out) *out = capture.Take();
-    PyObject* repr = result ? PyObject_Repr(result) : nullptr;
-    std::string text = repr ? PyUnicode_AsUTF8(repr) : "<null>";
-    Py_XDECREF(repr);
-    Py_XDECREF(result);
     Py_DECREF(args);
-    return text;
+    return repr;
   }
 };
 

@@ -74,6 +74,25 @@ TEST_F(MachineTest, RefusedBlockTakesNoArguments) {
   EXPECT_FALSE(g_scriptMachine.argsPending);
 }
 
+TEST_F(MachineTest, ResetClosesEveryFrameAndKeepsTheScripts) {
+  Load("args", "block callee\n{\necho called\n}\n");
+  CScriptMachine& m = g_scriptMachine;
+  m.PushArgs("a b");
+  m.StartBlock(m.TakeStartingBlock());
+  m.StartBlock();
+  m.PushArgs("c");
+  Instruction start{};
+  ASSERT_TRUE(m.ExecBlock("args/callee", start, nullptr));
+  m.lastIfResult = m.skipNextBlock = 1;
+  m.Reset();
+  EXPECT_TRUE(m.ifResultStack.empty() && m.argsStack.empty() && m.ownsStack.empty() && m.startingBlocks.empty() &&
+              m.frameBlocks.empty());
+  EXPECT_EQ(m.lastIfResult + m.skipNextBlock + m.argsPending + m.blockOwnsArgs, 0);
+  ASSERT_NE(m.blockArgs, nullptr);
+  EXPECT_EQ(m.blockArgs->Argc(), 0);
+  EXPECT_EQ(Run("tw_xdoblock args/callee"), "called\n");
+}
+
 // ---- handles that name nothing ----
 
 TEST_F(MachineTest, ForgedHandlesRunNothing) {

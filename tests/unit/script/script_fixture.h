@@ -19,20 +19,11 @@
 #include "test_server.h"
 
 inline void ResetScriptMachine() {
-  CScriptMachine& m = g_scriptMachine;
-  while (CScript* script = m.registry.FirstScript()) {
+  while (CScript* script = g_scriptMachine.registry.FirstScript()) {
     std::string name = script->name;
-    m.registry.RemoveScript(name.c_str());
+    g_scriptMachine.registry.RemoveScript(name.c_str());
   }
-  for (CommandArgs* saved : m.argsStack) delete saved;
-  m.argsStack.clear();
-  if (m.blockOwnsArgs || !m.blockArgs) {
-    delete m.blockArgs;
-    m.blockArgs = new CommandArgs;
-  }
-  m.ifResultStack.clear();
-  m.ownsStack.clear();
-  m.lastIfResult = m.skipNextBlock = m.argsPending = m.blockOwnsArgs = 0;
+  g_scriptMachine.Reset();
   ClearInstruction();
 }
 

@@ -1,8 +1,9 @@
 // The support library that the engine and plugins share: output routing, developer messages, the key name
-// table, the command line and the Q_ text helpers.
+// table, the command line, the Q_ text helpers, and TW_ASSERT.
 #include <gtest/gtest.h>
 
 #include "output_capture.h"
+#include "tier0.h"
 #include "vstdlib.h"
 
 TEST(SupportOutput, MessagesReachTheSpewInOrderAndDevMessagesFollowTheLevel) {
@@ -100,4 +101,20 @@ TEST(SupportRandom, SeededStreamsRepeatAndStayInRange) {
     EXPECT_GE(v, -3);
     EXPECT_LE(v, 3);
   }
+}
+
+// TW_ASSERT checks in the sanitizer build and aborts with its message; in release it evaluates nothing.
+TEST(SupportAssert, LiveOnlyInTheSanitizerBuild) {
+  int evaluated = 0;
+  auto holds = [&] {
+    ++evaluated;
+    return true;
+  };
+  TW_ASSERT(holds(), "never broken");
+#ifdef TW_SANITIZE
+  EXPECT_EQ(evaluated, 1);
+  EXPECT_DEATH(TW_ASSERT(evaluated == 2, "one evaluation"), "invariant broken: one evaluation \\(evaluated == 2\\)");
+#else
+  EXPECT_EQ(evaluated, 0);
+#endif
 }
