@@ -196,5 +196,6 @@ void ShowMenu(int userid, int time, const char* text, const char* options) {
     piece[MENU_PIECE_LENGTH] = '\0';
     SendMenuPiece(filter, id, keys, timeField, true, piece);
   }
+  TW_ASSERT(strlen(rest) < MENU_PIECE_LENGTH, "the last piece is shorter than a full one");
   SendMenuPiece(filter, id, keys, timeField, false, rest);
 }

@@ -9,37 +9,23 @@
 
 #include "messaging_fixture.h"
 #include "python/methodtable.h"
-
-#ifdef TW_SANITIZE
-// The interpreter is never finalised, as in the plugin: what it holds at exit is not ours to report.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libpython3\n";
-}
-#endif
+#include "python_call.h"
 
 namespace {
 
 class MessagingPythonTest : public MessagingTest {
 protected:
-  static void SetUpTestSuite() {
-    if (!Py_IsInitialized()) Py_Initialize();
-  }
+  static void SetUpTestSuite() { StartTestPython(); }
   // Calls tw_C.<method>(*items), items passed as texts; gives the repr of the result and what was printed.
   static std::string Call(const char* method, std::initializer_list<std::string> items, std::string* printed = nullptr) {
     OutputCapture capture;
     PyObject* tuple = PyTuple_New(Py_ssize_t(items.size()));
     Py_ssize_t i = 0;
     for (const std::string& item : items) PyTuple_SET_ITEM(tuple, i++, PyUnicode_FromString(item.c_str()));
-    const PyMethodDef* def = FindTwMethod(method);
-    EXPECT_NE(def, nullptr) << method;
-    PyObject* result = def ? def->ml_meth(nullptr, tuple) : nullptr;
+    std::string repr = CallTwRepr(method, tuple);
     Py_DECREF(tuple);
-    PyObject* repr = result ? PyObject_Repr(result) : nullptr;
-    std::string text = repr ? PyUnicode_AsUTF8(repr) : "<null>";
-    Py_XDECREF(repr);
-    Py_XDECREF(result);
     if (printed) *printed = capture.Take();
-    return text;
+    return repr;
   }
 };
 
