@@ -16,6 +16,7 @@
 #include "language/wrappers.h"
 #include "library/delayed.h"
 #include "library/math.h"
+#include "messaging/usermessages.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
 #include "world/physics.h"
@@ -33,6 +34,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   StoreGameDirectories();                                                            // 8
   RefreshCachedSwitches();                                                           // 9
   Declarations_OnLoad(this);                                                         // 10-11
+  Messaging_OnLoad(this);                                                            // dialogs name it
   KeyGroups_OnLoad();                                                                // 12
   Wrappers_OnLoad();                                                                 // 13-15
   QueueCommandLine();                                                                // 16

@@ -24,6 +24,7 @@ void CSimWorld::Init(const WorldSetup& setup) {
   m_setup = setup;
   RegisterGameCommands(*setup.console);
   RegisterSimCommands(*setup.console);
+  RegisterMessagingSimCommands(*setup.console);
 }
 
 double CSimWorld::Now() const { return g_standIn ? g_standIn->Clock().Now() : 0.0; }
