@@ -16,8 +16,10 @@
 #include "language/wrappers.h"
 #include "library/delayed.h"
 #include "library/math.h"
+#include "messaging/usermessages.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
+#include "world/physics.h"
 
 CTidewrightPlugin g_TidewrightPlugin;
 
@@ -32,6 +34,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   StoreGameDirectories();                                                            // 8
   RefreshCachedSwitches();                                                           // 9
   Declarations_OnLoad(this);                                                         // 10-11
+  Messaging_OnLoad(this);                                                            // dialogs name it
   KeyGroups_OnLoad();                                                                // 12
   Wrappers_OnLoad();                                                                 // 13-15
   QueueCommandLine();                                                                // 16
@@ -45,11 +48,13 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   return true;
 }
 
-// The events the plugin holds go back to the manager; nothing else is released.
+// The events the plugin holds go back to the manager and the physics handler leaves the environment;
+// nothing else is released.
 void CTidewrightPlugin::Unload() {
   Declarations_StopListening();
   ReleaseEvents();
   ReleasePendingEvent();
+  Physics_OnUnload();
 }
 
 void CTidewrightPlugin::Pause() {}

@@ -11,6 +11,7 @@
 
 #include "eiface.h"
 #include "events/current_event.h"
+#include "events/extended.h"
 #include "filesystem.h"
 #include "host/console.h"
 #include "host/diagnostics.h"
@@ -65,7 +66,10 @@ bool EventConfigExists(const char* name) {
 
 // The keys every wanted event carries for its scripts. Written into the engine's event before the duplicate
 // is made, so that the copy has them.
-void SetExtendedVariables(IGameEvent* event, const char* name) { event->SetString("tw_event", name); }
+void SetExtendedVariables(IGameEvent* event, const char* name) {
+  event->SetString("tw_event", name);
+  SetExtendedEventVariables(event);
+}
 
 EventHandle PushDuplicate(IGameEvent* event) {
   DbgMsg(4, "Event has fired, duplicating event and pushing it to stack. Before: %d\n", int(QueuedEventCount()));

@@ -3,23 +3,21 @@
 // of the part that owns it; this file only picks the question by the type word.
 #include <strings.h>
 
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "KeyValues.h"
-#include "edict.h"
 #include "eiface.h"
 #include "host/console.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
-#include "host/server_state.h"
 #include "icvar.h"
 #include "keygroups/keygroups.h"
 #include "language/doors.h"
 #include "language/regcmds.h"
 #include "script/machine.h"
+#include "world/players.h"
 
 namespace {
 
@@ -57,17 +55,8 @@ bool CommandExists(const ExistsNames& names) {
   return found;
 }
 
-// A connected player with that userid stands in one of the player slots. Userids are above 0 and fit an int.
-bool UseridExists(const ExistsNames& names) {
-  const long number = strtol(names.a, nullptr, 10);
-  if (number <= 0 || number > INT_MAX) return false;
-  const int userid = int(number);
-  for (int index = 1; index <= MaxClients; ++index) {
-    edict_t* edict = engine->PEntityOfEntIndex(index);
-    if (edict && !edict->IsFree() && engine->GetPlayerUserId(edict) == userid) return true;
-  }
-  return false;
-}
+// The player lookup decides, traces included: a usable edict of class "player" with that userid.
+bool UseridExists(const ExistsNames& names) { return LookupEdictByUserid(atoi(names.a)) != nullptr; }
 
 bool ScriptExists(const ExistsNames& names) { return g_scriptMachine.registry.FindScript(names.a) != nullptr; }
 bool BlockExists(const ExistsNames& names) { return g_scriptMachine.registry.GetBlock(names.a) != nullptr; }

@@ -282,6 +282,40 @@ void SimPlayers_f() {
   }
 }
 
+// ---- physics and voice ----
+
+std::string Triple(const Vector& v) {
+  char text[96];
+  snprintf(text, sizeof text, "%g,%g,%g", double(v.x), double(v.y), double(v.z));
+  return text;
+}
+
+void SimPhysics_f() {
+  const std::vector<CPhysicsObject*>& objects = SimWorld().Physics().Environment().Objects();
+  if (objects.empty()) Msg("No physics objects\n");
+  for (CPhysicsObject* o : objects) {
+    Vector velocity;
+    o->GetVelocity(&velocity, nullptr);
+    CEntity& e = o->Entity();
+    Msg("#%d %s %s origin %s velocity %s mass %g\n", e.Index(), e.GetClassName(), o->IsAsleep() ? "asleep" : "awake",
+        Triple(e.fields.origin).c_str(), Triple(velocity).c_str(), double(o->GetMass()));
+  }
+}
+
+void SimVoice_f() {
+  if (Argc() < 2) {
+    Msg("Usage: sim_voice <userid>: a person talks over voice\n");
+    return;
+  }
+  CClient* speaker = ClientArg(1);
+  if (!speaker) return;
+  if (speaker->fake) {
+    Msg("sim_voice: \"%s\" is a bot; bots don't talk\n", speaker->name.c_str());
+    return;
+  }
+  SimWorld().Speak(*speaker);
+}
+
 // ---- what is shown ----
 
 void SimMessages_f() {
@@ -335,6 +369,9 @@ const ConsoleCommandDef kCommands[] = {
     {"sim_spawn", SimSpawn_f, "A player (re)spawns with full health: sim_spawn <userid>.", 0},
     {"sim_set", SimSet_f, "Sets a player's state: sim_set <userid> <field> <value>.", 0},
     {"sim_players", SimPlayers_f, "Lists the players with their state.", 0},
+    {"sim_physics", SimPhysics_f, "Lists the physics objects in order of making, awake or asleep, with their motion.",
+     0},
+    {"sim_voice", SimVoice_f, "A person talks over voice: sim_voice <userid>; shows who hears him.", 0},
     {"sim_messages", SimMessages_f, "Shows (on) or hides (off) what reaches clients.", 0},
     {"sim_watch", SimWatch_f, "Prints the named events as they fire: sim_watch <event>... | off.", 0},
 };
