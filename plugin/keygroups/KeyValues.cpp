@@ -274,17 +274,17 @@ const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* li
   return p;
 }
 
-// Names the reader met lately, by their exact bytes. A data file names the same keys in every record; they
-// find their symbols here without a call into the engine's table. A symbol never changes its text, so an
-// entry stays right for the life of the process.
+// Names met lately, by their exact bytes. A data file names the same keys in every record, and code sets the
+// same keys on every event; they find their symbols here without a call into the engine's table. A symbol
+// never changes its text, so an entry stays right for the life of the process.
 class RecentNames {
 public:
-  // `source` is where the token stands in the text (its bytes are those of the token buffer); it is read
-  // rather than the buffer just written, and never at or past `limit`, one past the text's end. Up to 24
-  // bytes, the three words that cover a name are the name. Two names share a set; the one found last
-  // stands first.
-  int SymbolOf(const unsigned char* source, size_t length, const unsigned char* limit) {
-    if (length > kLongest) return System()->GetSymbolForString(s_token);
+  // The symbol of `name` (length bytes, ended by a zero byte at name + length). `source` holds the same
+  // bytes and is read instead, never at or past `limit`: the reader passes the token's place in its text,
+  // read rather than the buffer just written. Up to 24 bytes, the three words that cover a name are the
+  // name. Two names share a set; the one found last stands first.
+  int SymbolOf(const char* name, const unsigned char* source, size_t length, const unsigned char* limit) {
+    if (length > kLongest) return System()->GetSymbolForString(name);
     Entry key{{0, 0, 0}, uint32_t(length), -1};
     if (length >= 8) {
       memcpy(&key.words[0], source, 8);
@@ -303,7 +303,7 @@ public:
       std::swap(set[0], set[1]);
     } else {
       set[1] = set[0];
-      key.symbol = System()->GetSymbolForString(s_token);
+      key.symbol = System()->GetSymbolForString(name);
       set[0] = key;
     }
     return set[0].symbol;
@@ -324,6 +324,12 @@ private:
   Entry m_sets[1 << kSetBits][2];
 } s_recentNames;
 
+int SymbolOf(const char* name) {
+  const size_t length = strlen(name);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(name);
+  return s_recentNames.SymbolOf(name, bytes, length, bytes + length + 1);
+}
+
 }  // namespace
 
 class KeyValuesLexer {
@@ -335,7 +341,7 @@ public:
   size_t Length() const { return m_length; }  // of the token Next gave last
 
   // The symbol of the token Next gave last.
-  int Symbol() const { return s_recentNames.SymbolOf(m_begin, m_length, m_limit); }
+  int Symbol() const { return s_recentNames.SymbolOf(s_token, m_begin, m_length, m_limit); }
 
   __attribute__((always_inline)) const char* Next(bool& quoted) {
     quoted = false;
@@ -555,7 +561,7 @@ const char* KeyValues::GetName() const {
 }
 
 void KeyValues::SetName(const char* name) {
-  m_iKeyName = name ? System()->GetSymbolForString(name) : -1;
+  m_iKeyName = name ? SymbolOf(name) : -1;
 }
 
 KeyValues* KeyValues::FindKey(int symbol) const {
@@ -579,7 +585,7 @@ KeyValues* KeyValues::FindKey(const char* name, bool create) {
     ++rest;
   }
 
-  int symbol = System()->GetSymbolForString(lookup);
+  int symbol = SymbolOf(lookup);
   KeyValues* last = nullptr;
   KeyValues* found = nullptr;
   for (KeyValues* sub = m_pSub; sub; sub = sub->m_pPeer) {

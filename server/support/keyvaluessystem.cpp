@@ -36,7 +36,7 @@ uint32_t HashName(const char* name, size_t length) {
   }
   if (i < length) {
     uint64_t w = 0;
-    memcpy(&w, name + i, length - i);
+    for (size_t k = 0; i + k < length; ++k) w |= uint64_t(static_cast<unsigned char>(name[i + k])) << (8 * k);
     h = (h ^ FoldWord(w)) * 0xFF51AFD7ED558CCDull;
   }
   h ^= h >> 32;
@@ -76,7 +76,6 @@ private:
   };
 
   static bool SameName(const char* known, const char* name, size_t length) {
-    if (memcmp(known, name, length) == 0) return known[length] == '\0';
     for (size_t i = 0; i < length; ++i)
       if (Fold(static_cast<unsigned char>(known[i])) != Fold(static_cast<unsigned char>(name[i]))) return false;
     return known[length] == '\0';
