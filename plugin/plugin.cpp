@@ -14,8 +14,12 @@
 #include "keygroups/keygroups.h"
 #include "language/regcmds.h"
 #include "language/wrappers.h"
+#include "library/delayed.h"
+#include "library/math.h"
+#include "messaging/usermessages.h"
 #include "packs/scriptpacks.h"
 #include "script/scriptfile.h"
+#include "world/physics.h"
 
 CTidewrightPlugin g_TidewrightPlugin;
 
@@ -30,23 +34,27 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   StoreGameDirectories();                                                            // 8
   RefreshCachedSwitches();                                                           // 9
   Declarations_OnLoad(this);                                                         // 10-11
+  Messaging_OnLoad(this);                                                            // dialogs name it
   KeyGroups_OnLoad();                                                                // 12
   Wrappers_OnLoad();                                                                 // 13-15
   QueueCommandLine();                                                                // 16
   ProtectRconPassword();                                                             // 17
   FreeClassNameTable();                                                              // 18
   DbgMsg(0, "[Tidewright]   Automatically loading tw_corelib.txt...\n");             // 20
+  Math_OnLoad();                                                                     // 21
   LoadAddonFile("corelib");                                                          // 22
   DbgMsg(0, "[Tidewright]   Done loading corelib.\n");                               // 23
   DbgMsg(0, "[Tidewright] Brannock's Tidewright plugin loaded.\n");
   return true;
 }
 
-// The events the plugin holds go back to the manager; nothing else is released.
+// The events the plugin holds go back to the manager and the physics handler leaves the environment;
+// nothing else is released.
 void CTidewrightPlugin::Unload() {
   Declarations_StopListening();
   ReleaseEvents();
   ReleasePendingEvent();
+  Physics_OnUnload();
 }
 
 void CTidewrightPlugin::Pause() {}
@@ -62,10 +70,14 @@ void CTidewrightPlugin::LevelInit(const char* mapName) {
   Wrappers_OnLevelInit();                                                            // 3-4
   tidewright_currentmap.SetValue(map);                                               // 5
   Declarations_OnLevelInit();                                                        // 6
-  if (g_cached.brannock != 0) Packs_OnLevelInit();                                   // 7
+  if (g_cached.brannock != 0) {                                                      // 7
+    Packs_OnLevelInit();
+    Delayed_OnLevelInit();
+  }
   CallbackEvents_OnLevelInit(map);                                                   // 8
   RebuildClassNameTable();                                                           // 9
   if (g_cached.eiface == 1) ReorderConsoleChain();                                   // 10
+  Math_OnLevelInit();                                                                // 11
   DbgMsg(0, "[Tidewright] Loaded successfully.\n");                                  // 13
 }
 
@@ -76,6 +88,7 @@ void CTidewrightPlugin::ServerActivate(edict_t*, int, int clientMax) { MaxClient
 // the work runs on idle frames too.
 void CTidewrightPlugin::GameFrame(bool) {
   FrameTimer timer;                                                                  // 1
+  if (g_cached.brannock == 1) Delayed_OnFrame();                                     // 2
   timer.Report();                                                                    // 3
 }
 

@@ -3,7 +3,8 @@
 
 class SendTable;
 
-enum SendPropType {
+// Fixed to int: a game may publish numbers past the last type, and readers must be able to hold them.
+enum SendPropType : int {
   DPT_Int = 0,
   DPT_Float = 1,
   DPT_Vector = 2,

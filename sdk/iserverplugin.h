@@ -25,7 +25,7 @@ enum EQueryCvarValueStatus {
 typedef int QueryCvarCookie_t;
 #define InvalidQueryCvarCookie (-1)
 
-enum DIALOG_TYPE {
+enum DIALOG_TYPE : int {
   DIALOG_MSG = 0,    // a line of text at the top of the screen: "title", "color", "level", "time"
   DIALOG_MENU = 1,   // an options menu: "msg", "title", buttons "1".."8" with "msg" and "command"
   DIALOG_TEXT = 2,   // a text box: "title", "msg"

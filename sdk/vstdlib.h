@@ -57,5 +57,6 @@ TW_SUPPORT_API bool Q_StrSubst(const char* in, const char* match, const char* re
                                bool caseSensitive = false);
 // Characters first to last (exclusive) of `in`; negative positions count from the end.
 TW_SUPPORT_API void Q_StrSlice(const char* in, int first, int last, char* out, int maxLen);
-// Splits at every occurrence of `separator`; empty pieces are kept.
+// Splits at every occurrence of the whole `separator`, ignoring case, and leaves out empty pieces; an empty
+// separator gives the text as its one piece.
 TW_SUPPORT_API void Q_SplitString(const char* in, const char* separator, std::vector<std::string>& out);

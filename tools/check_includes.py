@@ -16,7 +16,8 @@ import sys
 # unit, files (paths below plugin/, first match wins), units it may include
 LAYOUT = [
     ("orchestrator", ["plugin.h", "plugin.cpp", "export.cpp"],
-     ["base", "KeyValues", "keygroups", "script", "language", "packs", "events", "library", "python"]),
+     ["base", "KeyValues", "keygroups", "script", "language", "packs", "events", "library", "python", "world",
+      "messaging", "players"]),
     ("KeyValues", ["keygroups/KeyValues.*"], []),
     ("base", ["host/*",
               "language/doors.*", "language/results.*", "language/textbuf.h", "language/expansion.*",
@@ -24,11 +25,14 @@ LAYOUT = [
               "events/current_event.*", "events/plugin_events.h"],
      ["KeyValues"]),
     ("keygroups", ["keygroups/*"], ["base", "KeyValues"]),
-    ("script", ["script/*"], ["base", "KeyValues", "keygroups"]),
-    ("language", ["language/*"], ["base", "KeyValues", "script"]),
-    ("packs", ["packs/*"], ["base", "KeyValues", "script"]),
-    ("events", ["events/*"], ["base", "KeyValues", "packs", "script"]),
-    ("library", ["library/*"], ["base", "KeyValues"]),
+    ("script", ["script/*"], ["base", "KeyValues", "keygroups", "library"]),
+    ("players", ["world/players.*", "world/properties.*"], ["base", "KeyValues"]),
+    ("language", ["language/*"], ["base", "KeyValues", "script", "keygroups", "players"]),
+    ("packs", ["packs/*"], ["base", "KeyValues", "script", "world", "players"]),
+    ("events", ["events/*"], ["base", "KeyValues", "packs", "script", "world", "players"]),
+    ("library", ["library/*"], ["base", "KeyValues", "keygroups"]),
+    ("world", ["world/*"], ["base", "KeyValues", "keygroups", "language", "library", "players"]),
+    ("messaging", ["messaging/*"], ["base", "KeyValues", "keygroups", "library", "world", "players"]),
     ("python", ["python/*"], ["base", "KeyValues"]),
 ]
 

@@ -33,9 +33,12 @@ KeyValues* FindGroup(const char* name, bool create);
 // The keygroup that a list command fills at the console doors, found or made before the list is gathered.
 // Null, after "ERROR: Tidewright couldn't create the user group.", when it can't be made.
 KeyValues* OpenListGroup(const char* name);
-// A filled list: at the console doors into `group` (from OpenListGroup), each row a key found or made by its
-// name with its fields set on it; from Python into the result slot, where it becomes a dictionary.
-void ReturnList(bool fromConsole, KeyValues* group, ListResult list);
+// How a list's rows become keys of its keygroup: found or made by name, or appended as new keys even where
+// a key of that name stands (a second run of a snapshot then shows twice).
+enum class ListRows { FindOrMake, Append };
+// A filled list: at the console doors into `group` (from OpenListGroup), each row a key with its fields set
+// on it; from Python into the result slot, where it becomes a dictionary.
+void ReturnList(bool fromConsole, KeyValues* group, ListResult list, ListRows rows = ListRows::FindOrMake);
 
 // ---- shared by the keygroup commands ----
 

@@ -21,9 +21,10 @@ void SetField(KeyValues* key, const ListResult::Field& field) {
 }
 
 // A row's name with '/' is a key path, so that the key commands read the row back by its name.
-void WriteRows(KeyValues* group, const ListResult& list) {
+void WriteRows(KeyValues* group, const ListResult& list, ListRows rows) {
   for (const ListResult::Row& row : list.Rows()) {
-    KeyValues* key = FindChildKey(group, row.name.c_str(), true);
+    KeyValues* key = rows == ListRows::Append ? group->CreateKey(row.name.c_str())
+                                              : FindChildKey(group, row.name.c_str(), true);
     if (!key) continue;
     for (const ListResult::Field& field : row.fields) SetField(key, field);
   }
@@ -37,9 +38,9 @@ KeyValues* OpenListGroup(const char* name) {
   return group;
 }
 
-void ReturnList(bool fromConsole, KeyValues* group, ListResult list) {
+void ReturnList(bool fromConsole, KeyValues* group, ListResult list, ListRows rows) {
   if (fromConsole)
-    WriteRows(group, list);
+    WriteRows(group, list, rows);
   else
     SetResultList(std::move(list));
 }

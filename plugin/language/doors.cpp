@@ -211,3 +211,13 @@ void ReturnFloat(bool fromConsole, const char* varName, float value) {
   else
     SetResultFloat(value);
 }
+
+void ReturnFloats(bool fromConsole, const char* const varNames[3], const Vector& values) {
+  if (!fromConsole) {
+    SetResultFloats(values.x, values.y, values.z);
+    return;
+  }
+  const float components[3] = {values.x, values.y, values.z};
+  for (int i = 0; i < 3; ++i)
+    if (!ReportStored(SetVarFloat(varNames[i], components[i], false), varNames[i])) return;
+}

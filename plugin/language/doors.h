@@ -5,6 +5,7 @@
 
 #include <cstddef>
 
+#include "basetypes.h"
 #include "convar.h"
 #include "script/commandargs.h"
 
@@ -118,6 +119,9 @@ private:
 void ReturnText(bool fromConsole, const char* varName, const char* value);
 void ReturnInt(bool fromConsole, const char* varName, int value);
 void ReturnFloat(bool fromConsole, const char* varName, float value);
+// Three floats: into three variables at the console doors (the first refused store ends it), a tuple of
+// three floats for Python.
+void ReturnFloats(bool fromConsole, const char* const varNames[3], const Vector& values);
 // Prints what the value rule prints after a store into `varName` gave `var` (null: the store was refused).
 // False when it was refused.
 bool ReportStored(ConVar* var, const char* varName);

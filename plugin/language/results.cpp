@@ -2,6 +2,7 @@
 // Python API. The slot is process-wide and holds one value at a time.
 #include "language/results.h"
 
+#include <string>
 #include <utility>
 
 #include "tier0.h"
@@ -13,6 +14,7 @@ ResultValue s_result;
 // ---- the list result ----
 
 void ListResult::AddRow(const char* name) { m_rows.push_back(Row{name, {}}); }
+void ListResult::AddRow(int number) { m_rows.push_back(Row{std::to_string(number), {}, true}); }
 
 void ListResult::Text(const char* field, const char* value) { Add(field, std::string(value)); }
 void ListResult::Int(const char* field, int value) { Add(field, value); }

@@ -23,10 +23,13 @@ public:
   struct Row {
     std::string name;
     std::vector<Field> fields;
+    bool numbered = false;  // named by a number: Python keys it by the int
   };
 
   // Starts a row; the fields set next belong to it.
   void AddRow(const char* name);
+  // A row named by a number (a userid, an entity index) in decimal.
+  void AddRow(int number);
   void Text(const char* field, const char* value);
   void Int(const char* field, int value);
   void Float(const char* field, float value);

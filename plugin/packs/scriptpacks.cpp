@@ -3,6 +3,7 @@
 // files to run. A pack's file for an event is cfg/<subdirectory>/<pack>/<event>.cfg.
 #include "packs/scriptpacks.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "KeyValues.h"
@@ -16,6 +17,7 @@
 #include "language/textbuf.h"
 #include "script/machine.h"
 #include "vstdlib.h"
+#include "world/players.h"
 
 namespace {
 
@@ -45,6 +47,40 @@ bool PackFile(TextBuf& path, KeyValues* pack, const char* event) {
   if (!fits) ReportTooLong(pack, event);
   return fits;
 }
+
+// Where the pack list goes: the console for userid 0, else the console of the player with that userid,
+// line by line through echo. A userid without a player gets nothing.
+class PackListOutput {
+public:
+  explicit PackListOutput(int userid) : m_toClient(userid >= 1), m_client(m_toClient ? LookupEdictByUserid(userid) : nullptr) {}
+  void Header() {
+    if (!m_toClient) DbgMsg(0, "\nTidewright Script packs:\n%s", kRule);
+    Send("echo Tidewright Script packs:");
+    Send(kClientRule);
+  }
+  void Pack(int number, bool on, const char* name) {
+    const char* state = on ? "[on] " : "[off]";
+    if (!m_toClient) {
+      DbgMsg(0, "%02d:   %s   \"%s\"\n", number, state, name);
+      return;
+    }
+    char line[TEXT_BUFFER_SIZE];
+    snprintf(line, sizeof line, "echo %02d:   %s   \"%s\"", number, state, name);
+    Send(line);
+  }
+  void Footer() {
+    if (!m_toClient) DbgMsg(0, "%s", kRule);
+    Send(kClientRule);
+  }
+
+private:
+  static constexpr const char* kClientRule = "echo ------------------------------------------";
+  void Send(const char* text) {
+    if (m_client) engine->ClientCommand(m_client, "%s", text);
+  }
+  bool m_toClient;
+  edict_t* m_client;
+};
 
 bool PackAnswers(KeyValues* pack, const char* event) {
   TextBuf path;
@@ -193,8 +229,8 @@ void Packs_OnLevelInit() {
 }
 
 void ListScriptPacks(int userid) {
-  if (userid >= 1) return;
-  DbgMsg(0, "\nTidewright Script packs:\n%s", kRule);
+  PackListOutput out(userid);
+  out.Header();
   if (!s_packs) {
     DbgMsg(1,
            "[Tidewright] Error: No registration system available because you've never loaded a script pack. "
@@ -205,10 +241,10 @@ void ListScriptPacks(int userid) {
     int number = 0;
     for (KeyValues* pack = s_packs->GetFirstSubKey(); pack; pack = pack->GetNextKey(), ++number) {
       DbgMsg(2, "RegisteredScriptExists found value: %s with int: %d\n", pack->GetName(), PackState(pack));
-      DbgMsg(0, "%02d:   %s   \"%s\"\n", number, PackState(pack) > 0 ? "[on] " : "[off]", pack->GetName());
+      out.Pack(number, PackState(pack) > 0, pack->GetName());
     }
   }
-  DbgMsg(0, "%s", kRule);
+  out.Footer();
 }
 
 void DeleteScriptPackTree() {

@@ -28,10 +28,23 @@ PyObject* RowObject(const ListResult::Row& row) {
   return entry;
 }
 
+// A numbered row's key is the int; a later row of the same name takes the place of an earlier one.
+void SetRow(PyObject* dict, const ListResult::Row& row) {
+  if (!row.numbered) {
+    SetItem(dict, row.name, RowObject(row));
+    return;
+  }
+  PyObject* key = PyLong_FromString(row.name.c_str(), nullptr, 10);
+  PyObject* value = key ? RowObject(row) : nullptr;
+  if (value) PyDict_SetItem(dict, key, value);
+  Py_XDECREF(value);
+  Py_XDECREF(key);
+}
+
 PyObject* ListObject(const ListResult& list) {
   PyObject* dict = PyDict_New();
   if (!dict) return nullptr;
-  for (const ListResult::Row& row : list.Rows()) SetItem(dict, row.name, RowObject(row));
+  for (const ListResult::Row& row : list.Rows()) SetRow(dict, row);
   return dict;
 }
 

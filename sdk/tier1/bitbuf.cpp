@@ -31,6 +31,12 @@ void bf_write::WriteUBitLong(uint32_t value, int numBits) {
     m_iCurBit = m_nDataBits;
     return;
   }
+  // Whole bytes on a byte boundary go in as bytes; anything else bit by bit.
+  if ((m_iCurBit & 7) == 0 && (numBits & 7) == 0) {
+    for (int i = 0; i < numBits; i += 8) m_pData[(m_iCurBit + i) >> 3] = static_cast<unsigned char>(value >> i);
+    m_iCurBit += numBits;
+    return;
+  }
   for (int i = 0; i < numBits; ++i) WriteOneBit(int((value >> i) & 1u));
 }
 
@@ -61,10 +67,22 @@ void bf_write::WriteFloat(float value) {
 }
 
 void bf_write::WriteString(const char* text) {
-  if (text) {
+  if (!text) text = "";
+  if (m_bOverflow || (m_iCurBit & 7) != 0) {
     for (; *text; ++text) WriteByte(static_cast<unsigned char>(*text));
+    WriteByte(0);
+    return;
   }
-  WriteByte(0);
+  // On a byte boundary: the bytes that fit are copied at once, as the byte-by-byte writes would leave them.
+  const size_t length = strlen(text) + 1;
+  const size_t room = size_t(m_nDataBits - m_iCurBit) >> 3;
+  memcpy(m_pData + (m_iCurBit >> 3), text, length < room ? length : room);
+  if (length <= room) {
+    m_iCurBit += int(length) * 8;
+    return;
+  }
+  m_bOverflow = true;
+  m_iCurBit = m_nDataBits;
 }
 
 void bf_read::StartReading(const void* data, int bytes, int bits) {
@@ -111,6 +129,23 @@ float bf_read::ReadFloat() {
 }
 
 bool bf_read::ReadString(char* out, int maxLen) {
+  if (!m_bOverflow && (m_iCurBit & 7) == 0 && maxLen > 0) {
+    // On a byte boundary: find the zero byte among the whole bytes left, then copy what fits.
+    const unsigned char* start = m_pData + (m_iCurBit >> 3);
+    const size_t left = size_t(m_nDataBits - m_iCurBit) >> 3;
+    const void* zero = memchr(start, 0, left);
+    const size_t length = zero ? size_t(static_cast<const unsigned char*>(zero) - start) : left;
+    const size_t kept = length < size_t(maxLen - 1) ? length : size_t(maxLen - 1);
+    memcpy(out, start, kept);
+    out[kept] = '\0';
+    if (!zero) {
+      m_bOverflow = true;
+      m_iCurBit = m_nDataBits;
+      return false;
+    }
+    m_iCurBit += int(length + 1) * 8;
+    return kept == length;
+  }
   int len = 0;
   bool fits = true;
   for (;;) {

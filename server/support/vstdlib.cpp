@@ -204,15 +204,18 @@ void Q_StrSlice(const char* in, int first, int last, char* out, int maxLen) {
 
 void Q_SplitString(const char* in, const char* separator, std::vector<std::string>& out) {
   out.clear();
+  auto keep = [&out](const char* start, size_t n) {
+    if (n > 0) out.emplace_back(start, n);
+  };
   size_t sepLen = strlen(separator);
   if (sepLen == 0) {
-    out.emplace_back(in);
+    keep(in, strlen(in));
     return;
   }
   const char* start = in;
-  for (const char* hit = strstr(start, separator); hit; hit = strstr(start, separator)) {
-    out.emplace_back(start, size_t(hit - start));
+  for (const char* hit = Q_stristr(start, separator); hit; hit = Q_stristr(start, separator)) {
+    keep(start, size_t(hit - start));
     start = hit + sepLen;
   }
-  out.emplace_back(start);
+  keep(start, strlen(start));
 }

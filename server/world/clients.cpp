@@ -52,6 +52,13 @@ std::vector<std::string> SplitCommands(const char* text) {
   return commands;
 }
 
+// What a client console's echo prints: the raw text behind the command, as typed.
+std::string EchoText(const char* rest) {
+  if (!rest) return std::string();
+  while (*rest == ' ' || *rest == '\t') ++rest;
+  return rest;
+}
+
 }  // namespace
 
 const char* ClientVar(const CClient& client, const char* name) {
@@ -341,6 +348,10 @@ void CSimWorld::ClientConsole(CClient& client, const char* text) {
       Disconnect(*c, "Disconnect by user.");
       return;
     }
+    if (strcasecmp(name, "echo") == 0) {
+      Deliver("echo", std::to_string(userid), EscapedText(EchoText(rest).c_str()));
+      continue;
+    }
     if (c->vars.count(name)) {
       if (rest && ParseToken(rest, value, sizeof value)) SetClientVar(*c, name, value);
       continue;
@@ -374,6 +385,18 @@ void CSimWorld::GameClientCommand(edict_t* edict) {
   } else if (strcasecmp(command, "kill") == 0 && !client->entity->fields.pl.deadflag) {
     Kill(*client, client, "world");
   }
+}
+
+// ---- voice ----
+
+// What the game's voice code does when a person talks: everybody human who hears him gets his voice.
+void CSimWorld::Speak(CClient& speaker) {
+  std::string recipients;
+  for (CClient* c : Clients()) {
+    if (c == &speaker || c->fake || !m_voice.GetClientListening(c->slot, speaker.slot)) continue;
+    recipients += (recipients.empty() ? "" : ",") + std::to_string(c->userid);
+  }
+  Deliver("voice", recipients, "from " + std::to_string(speaker.userid));
 }
 
 // ---- the engine's operations on players ----

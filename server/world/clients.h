@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "inetchannelinfo.h"
@@ -16,6 +17,7 @@
 
 class CEntity;
 class CSimWorld;
+class KeyValues;
 struct CClient;
 
 // Team numbers of the demo game.
@@ -77,6 +79,27 @@ private:
   CSimWorld& m_world;
 };
 
+// The menu a client shows: the "ShowMenu" pieces joined up to the one with more = 0, with that piece's
+// keys and time. A new menu replaces it; an answer closes it, and so does its time running out.
+struct ClientMenu {
+  std::string pieces;   // text of the pieces with more = 1 that wait for their last one
+  std::string text;
+  int keys = 0;         // key 1 is bit 0, key 0 bit 9
+  bool open = false;
+  bool timed = false;   // false: stays until answered (time -1)
+  double closesAt = 0;  // clock seconds, when timed
+};
+
+struct KeyValuesDeleter {
+  void operator()(KeyValues* record) const;
+};
+
+// The last dialog a client was shown: its type and a copy of its record, until it is answered.
+struct ClientDialog {
+  int type = -1;  // none
+  std::unique_ptr<KeyValues, KeyValuesDeleter> record;
+};
+
 struct CClient {
   CClient(CSimWorld& world, int slot, int userid) : slot(slot), userid(userid), info(*this, world), net(*this) {}
   CClient(const CClient&) = delete;
@@ -102,6 +125,8 @@ struct CClient {
   std::string address;
   uint32_t lastMade = 0xFFFFFFFFu;  // entity handle of the last entity this player made: what it looks at
   CEntity* entity = nullptr;
+  ClientMenu menu;
+  ClientDialog dialog;
 
   CPlayerInfo info;
   CNetChannel net;

@@ -1,5 +1,6 @@
 // What reaches clients, shown on the console one line per delivery: user messages (decoded where the game's
-// layout is known, raw bytes otherwise), dialogs, and the delivery lines of every other service.
+// layout is known, raw bytes otherwise), dialogs, and the delivery lines of every other service. A
+// "ShowMenu" piece and a dialog are also kept by the clients they reach, for sim_menu and sim_dialog.
 //   > KIND to USERIDS: CONTENT     something reached these clients (none: no line)
 //   > KIND: CONTENT                something changed for every client (precache, tables, effects...)
 //   < KIND from USERID: CONTENT    a client sent something the game handles itself
@@ -113,6 +114,23 @@ std::string DecodeFields(int id, Decoder& d) {
   }
 }
 
+// The fields of one "ShowMenu" piece.
+struct MenuPiece {
+  int keys;
+  int time;
+  bool more;
+  char text[kMaxDecodedString];
+};
+
+bool ReadMenuPiece(const unsigned char* data, int bits, MenuPiece& piece) {
+  bf_read read(data, (bits + 7) / 8, bits);
+  if (read.GetNumBitsLeft() < 40) return false;
+  piece.keys = read.ReadShort() & 0xFFFF;
+  piece.time = read.ReadChar();
+  piece.more = read.ReadByte() != 0;
+  return read.ReadString(piece.text, sizeof piece.text) && !read.IsOverflowed();
+}
+
 std::string Bytes(const unsigned char* data, int bytes) {
   if (bytes == 0) return "bytes=(none)";
   std::string text = "bytes=";
@@ -197,10 +215,16 @@ std::string EscapedText(const char* text, size_t length) {
 // ---- recipients and lines ----
 
 std::string CSimWorld::Recipients(const IRecipientFilter& filter) const {
-  std::string list;
+  std::vector<int> indexes;
   int count = filter.GetRecipientCount();
-  for (int i = 0; i < count; ++i) {
-    int userid = UseridOfIndex(filter.GetRecipientIndex(i));
+  for (int i = 0; i < count; ++i) indexes.push_back(filter.GetRecipientIndex(i));
+  return RecipientsOf(indexes);
+}
+
+std::string CSimWorld::RecipientsOf(const std::vector<int>& indexes) const {
+  std::string list;
+  for (int index : indexes) {
+    int userid = UseridOfIndex(index);
     if (userid <= 0) continue;
     if (!list.empty()) list += ',';
     list += std::to_string(userid);
@@ -227,7 +251,9 @@ void CSimWorld::Announce(const char* kind, const std::string& content) const {
   if (m_showDeliveries) Msg("> %s: %s\n", kind, content.c_str());
 }
 
-void CSimWorld::ShowDialog(CClient& client, int type, KeyValues* data) const {
+void CSimWorld::ShowDialog(CClient& client, int type, KeyValues* data) {
+  client.dialog.type = type;
+  client.dialog.record.reset(data ? data->MakeCopy() : nullptr);
   const char* name = DialogName(type);
   std::string kind = name ? std::string("dialog ") + name : "dialog type " + std::to_string(type);
   std::string fields;
@@ -247,7 +273,10 @@ bool UserMessageInfoOf(int id, char* name, int maxNameLength, int& size) {
 bf_write* CSimWorld::UserMessageBegin(IRecipientFilter* filter, int msgType) {
   if (m_messageType >= 0) Warning("UserMessageBegin: message %d was never ended; dropped\n", m_messageType);
   m_messageType = msgType;
-  m_messageRecipients = filter ? Recipients(*filter) : std::string();
+  // The recipients are copied as they stand at the start; the copy keeps its capacity from send to send.
+  m_messageIndexes.clear();
+  int count = filter ? filter->GetRecipientCount() : 0;
+  for (int i = 0; i < count; ++i) m_messageIndexes.push_back(filter->GetRecipientIndex(i));
   m_message.StartWriting(m_messageData, sizeof m_messageData);
   return &m_message;
 }
@@ -263,11 +292,27 @@ void CSimWorld::MessageEnd() {
     Warning("User message %d doesn't exist; not delivered\n", id);
     return;
   }
+  if (id == MSG_SHOWMENU && !m_message.IsOverflowed()) {
+    MenuPiece piece;
+    if (ReadMenuPiece(m_messageData, m_message.GetNumBitsWritten(), piece))
+      for (int index : m_messageIndexes)
+        if (CClient* client = ClientBySlot(index)) ReceiveMenuPiece(*client, piece.keys, piece.time, piece.more, piece.text);
+  }
+  if (m_messageTap) {
+    SentUserMessage sent{id, {}, {m_messageData, m_messageData + m_message.GetNumBytesWritten()}, m_message.IsOverflowed()};
+    for (int index : m_messageIndexes)
+      if (int userid = UseridOfIndex(index); userid > 0) sent.userids.push_back(userid);
+    m_messageTap(sent);
+  }
+  if (m_showDeliveries) DeliverMessage(id);
+}
+
+void CSimWorld::DeliverMessage(int id) {
   const char* name = kUserMessages[id].name;
   if (m_message.IsOverflowed()) {
-    Deliver(name, m_messageRecipients, "overflowed its " + std::to_string(WORLD_USER_MESSAGE_BYTES) +
-                                           " bytes; not delivered");
+    Deliver(name, RecipientsOf(m_messageIndexes),
+            "overflowed its " + std::to_string(WORLD_USER_MESSAGE_BYTES) + " bytes; not delivered");
     return;
   }
-  Deliver(name, m_messageRecipients, DecodeUserMessage(id, m_messageData, m_message.GetNumBitsWritten()));
+  Deliver(name, RecipientsOf(m_messageIndexes), DecodeUserMessage(id, m_messageData, m_message.GetNumBitsWritten()));
 }

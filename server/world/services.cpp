@@ -48,6 +48,18 @@ const char* QueryStatusText(EQueryCvarValueStatus status) {
   }
 }
 
+// What a client answers for a variable name: passwords are protected, its console's commands are no
+// variables, its own variables are read, and anything else isn't there.
+EQueryCvarValueStatus QueryStatus(const CClient& client, const char* name) {
+  static const char* const kProtected[] = {"password", "rcon_password"};
+  static const char* const kCommands[] = {"kill", "jointeam", "say", "say_team", "menuselect", "disconnect", "quit"};
+  for (const char* p : kProtected)
+    if (strcasecmp(p, name) == 0) return eQueryCvarValueStatus_CvarProtected;
+  for (const char* c : kCommands)
+    if (strcasecmp(c, name) == 0) return eQueryCvarValueStatus_NotACvar;
+  return client.vars.count(name) ? eQueryCvarValueStatus_ValueIntact : eQueryCvarValueStatus_CvarNotFound;
+}
+
 }  // namespace
 
 // ---- the game's interfaces ----
@@ -289,8 +301,17 @@ void CPhysicsObject::GetVelocity(Vector* velocity, AngularImpulse* angular) cons
   if (angular) *angular = m_angular;
 }
 
-bool CPhysicsObject::QuietFrame() {
-  if (m_asleep || ++m_quietFrames < PHYSICS_SLEEP_FRAMES) return false;
+bool CPhysicsObject::QuietFrame(float seconds) {
+  if (m_asleep) return false;
+  if (!(m_velocity == Vector())) {
+    m_entity.fields.origin = m_entity.fields.origin + m_velocity * seconds;
+    m_entity.GetEdict()->StateChanged();
+  }
+  return ++m_quietFrames >= PHYSICS_SLEEP_FRAMES && Sleep();
+}
+
+bool CPhysicsObject::Sleep() {
+  if (m_asleep) return false;
   m_asleep = true;
   m_velocity = Vector();
   m_angular = AngularImpulse();
@@ -326,14 +347,25 @@ void CPhysicsEnvironment::Woke(CPhysicsObject* object) {
   if (m_handler) m_handler->ObjectWake(object);
 }
 
+void CPhysicsEnvironment::Slept(CPhysicsObject* object) {
+  if (m_handler) m_handler->ObjectSleep(object);
+}
+
 // The handler may push or remove objects while it hears of them, so the walk goes over a copy and skips
 // what left meanwhile.
-void CPhysicsEnvironment::Frame() {
+void CPhysicsEnvironment::Frame(float seconds) {
   std::vector<CPhysicsObject*> objects = m_objects;
   for (CPhysicsObject* o : objects) {
     if (std::find(m_objects.begin(), m_objects.end(), o) == m_objects.end()) continue;
-    if (o->QuietFrame() && m_handler) m_handler->ObjectSleep(o);
+    if (o->QuietFrame(seconds)) Slept(o);
   }
+}
+
+void CPhysicsEnvironment::Reset() {
+  m_gravity = DefaultGravity();
+  m_airDensity = kDefaultAirDensity;
+  m_handler = nullptr;
+  m_objects.clear();
 }
 
 // ---- plugin helpers ----
@@ -370,9 +402,8 @@ void CPluginHelpers::AnswerQueries(long long frame) {
     m_queries.pop_front();
     CClient* client = m_world.ClientByUserid(q.userid);
     if (!client) continue;
-    bool found = client->vars.count(q.name) != 0;
-    EQueryCvarValueStatus status = found ? eQueryCvarValueStatus_ValueIntact : eQueryCvarValueStatus_CvarNotFound;
-    const char* value = ClientVar(*client, q.name.c_str());
+    EQueryCvarValueStatus status = QueryStatus(*client, q.name.c_str());
+    const char* value = status == eQueryCvarValueStatus_ValueIntact ? ClientVar(*client, q.name.c_str()) : "";
     if (m_world.DeliveriesShown())
       Msg("< query from %d: %s = %s (%s)\n", q.userid, EscapedText(q.name.c_str()).c_str(), EscapedText(value).c_str(),
           QueryStatusText(status));

@@ -167,8 +167,9 @@ private:
 
 class CPhysicsEnvironment;
 
-// A physics prop's simulated body. Position and angles are the entity's own networked origin and angles;
-// the stand-in keeps velocities and mass but moves nothing by itself.
+// A physics prop's simulated body. Position and angles are the entity's own networked origin and angles.
+// While awake it moves by its velocity each frame; a push (a force, a velocity, a position, the input
+// Wake) wakes it, and PHYSICS_SLEEP_FRAMES frames without one put it to sleep with its velocity gone.
 class CPhysicsObject final : public IPhysicsObject {
 public:
   CPhysicsObject(CEntity& entity, CPhysicsEnvironment& environment) : m_entity(entity), m_environment(environment) {}
@@ -183,10 +184,14 @@ public:
   void GetVelocity(Vector* velocity, AngularImpulse* angular) const override;
   bool IsAsleep() const override { return m_asleep; }
 
-  // Counts a quiet frame; true when the object has just fallen asleep.
-  bool QuietFrame();
+  // Moves the object by its velocity over `seconds` and counts a quiet frame; true when the object has just
+  // fallen asleep.
+  bool QuietFrame(float seconds);
   // A push: the object wakes (true when it was asleep) and its quiet frames start again.
   bool Push();
+  // Falls asleep at once (the input Sleep); true when it was awake.
+  bool Sleep();
+  CEntity& Entity() const { return m_entity; }
 
 private:
   CEntity& m_entity;
@@ -198,6 +203,7 @@ private:
   int m_quietFrames = 0;
 };
 
+// The level's environment 0: made fresh for each level (gravity 0,0,-600, air density 2, no handler).
 class CPhysicsEnvironment final : public IPhysicsEnvironment {
 public:
   void SetGravity(const Vector& gravity) override { m_gravity = gravity; }
@@ -211,12 +217,19 @@ public:
   void Add(CPhysicsObject* object) { m_objects.push_back(object); }
   void Remove(CPhysicsObject* object);
   void Woke(CPhysicsObject* object);
-  // One frame of the simulation: objects left alone fall asleep.
-  void Frame();
+  void Slept(CPhysicsObject* object);
+  // One frame of `seconds`: awake objects move, objects left alone fall asleep.
+  void Frame(float seconds);
+  // The state of a new level. Objects of the old level are gone with their entities.
+  void Reset();
+  // The objects in order of making.
+  const std::vector<CPhysicsObject*>& Objects() const { return m_objects; }
 
 private:
-  Vector m_gravity{0, 0, -600};
-  float m_airDensity = 2.0f;
+  static constexpr float kDefaultAirDensity = 2.0f;
+  static Vector DefaultGravity() { return Vector(0, 0, -600); }
+  Vector m_gravity = DefaultGravity();
+  float m_airDensity = kDefaultAirDensity;
   IPhysicsObjectEvent* m_handler = nullptr;
   std::vector<CPhysicsObject*> m_objects;  // in order of making
 };

@@ -260,6 +260,36 @@ void SimPlayers_f() {
   }
 }
 
+// ---- physics and voice ----
+
+std::string Triple(const Vector& v) {
+  char text[96];
+  snprintf(text, sizeof text, "%g,%g,%g", double(v.x), double(v.y), double(v.z));
+  return text;
+}
+
+void SimPhysics_f() {
+  const std::vector<CPhysicsObject*>& objects = SimWorld().Physics().Environment().Objects();
+  if (objects.empty()) Msg("No physics objects\n");
+  for (CPhysicsObject* o : objects) {
+    Vector velocity;
+    o->GetVelocity(&velocity, nullptr);
+    CEntity& e = o->Entity();
+    Msg("#%d %s %s origin %s velocity %s mass %g\n", e.Index(), e.GetClassName(), o->IsAsleep() ? "asleep" : "awake",
+        Triple(e.fields.origin).c_str(), Triple(velocity).c_str(), double(o->GetMass()));
+  }
+}
+
+void SimVoice_f() {
+  CClient* speaker = ClientArg(1);
+  if (!speaker) return;
+  if (speaker->fake) {
+    Msg("sim_voice: \"%s\" is a bot; bots don't talk\n", speaker->name.c_str());
+    return;
+  }
+  SimWorld().Speak(*speaker);
+}
+
 // ---- what is shown ----
 
 void SimMessages_f() {
@@ -324,6 +354,10 @@ const ConsoleCommandDef kCommands[] = {
      "  dead (0/1), weapon, model, origin/angles/move (\"x,y,z\"), observer, hltv, vehicle (0/1),\n"
      "  latency (ms), loss (%), cvar:<client variable>\n"},
     {"sim_players", SimPlayers_f, "Lists the players with their state.", 0},
+    {"sim_physics", SimPhysics_f, "Lists the physics objects in order of making, awake or asleep, with their motion.",
+     0},
+    {"sim_voice", SimVoice_f, "A person talks over voice: sim_voice <userid>; shows who hears him.", 0, 2,
+     "Usage: sim_voice <userid>: a person talks over voice\n"},
     {"sim_messages", SimMessages_f, "Shows (on) or hides (off) what reaches clients.", 0, 0,
      "Usage: sim_messages on|off: shows or hides what reaches clients\n"},
     {"sim_watch", SimWatch_f, "Prints the named events as they fire: sim_watch <event>... | off.", 0, 2,

@@ -24,6 +24,7 @@ void CSimWorld::Init(const WorldSetup& setup) {
   m_setup = setup;
   RegisterGameCommands(*setup.console);
   RegisterSimCommands(*setup.console);
+  RegisterMessagingSimCommands(*setup.console);
 }
 
 double CSimWorld::Now() const { return g_standIn ? g_standIn->Clock().Now() : 0.0; }
@@ -48,6 +49,7 @@ void CSimWorld::LevelStart(const char* mapName, int maxClients) {
   m_highWater = 0;
   m_stringTables.Reset(mapName);
   m_voice.Reset();
+  m_physics.Environment().Reset();
   AttachEntity(0, std::make_unique<CEntity>(&m_edicts[0], *FindEntityType("worldspawn")));
   for (CClient* client : Clients()) {
     MakePlayerEntity(*client);
@@ -76,7 +78,7 @@ void CSimWorld::Frame() {
   RunPendingClientText();
   m_helpers.AnswerQueries(m_frame);
   RunPendingInputs();
-  m_physics.Environment().Frame();
+  m_physics.Environment().Frame(m_setup.globals ? m_setup.globals->interval_per_tick : 0.0f);
 }
 
 bool CSimWorld::Busy() const {
@@ -203,6 +205,9 @@ void CSimWorld::FireInput(CEntity& entity, const char* action, const char* value
   } else if (strcasecmp(action, "SetTeam") == 0) {
     if (player) ChangeTeam(*player, amount);
     else entity.fields.teamNum = amount;
+  } else if (CPhysicsObject* body = entity.Physics()) {
+    if (strcasecmp(action, "Wake") == 0 && body->Push()) m_physics.Environment().Woke(body);
+    if (strcasecmp(action, "Sleep") == 0 && body->Sleep()) m_physics.Environment().Slept(body);
   }
 }
 

@@ -5,10 +5,12 @@
 //   clients.cpp    connecting, leaving, player state, client consoles, player info;
 //   messages.cpp   user messages, dialogs and every delivery line;
 //   services.cpp   sounds, effects, string tables, voice, physics, helpers, the game's interfaces;
+//   sim_messaging.cpp  the clients' open menus and last dialogs, and the commands that answer them;
 //   game_commands.cpp, sim_commands.cpp  the console commands of the game and of the stand-in.
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -36,6 +38,16 @@ struct PendingInput {
   std::string action;
   std::string value;
 };
+
+// A user message as MessageEnd delivers it, for a tap (tests): the recipients' userids in filter order and
+// the payload's bytes.
+struct SentUserMessage {
+  int id;
+  std::vector<int> userids;
+  std::vector<unsigned char> bytes;
+  bool overflowed;
+};
+using UserMessageTap = std::function<void(const SentUserMessage&)>;
 
 // Text that a client console runs on a later frame, as a real client answers.
 struct PendingClientText {
@@ -126,6 +138,8 @@ public:
   // The client types a line on its console: its own variables are set there, everything else goes to the
   // server as client commands.
   void ClientConsole(CClient& client, const char* text);
+  // A person talks over voice: "> voice to R1,R2: from USERID" for the humans who hear him.
+  void Speak(CClient& speaker);
   // Client slots in use, in slot order.
   std::vector<CClient*> Clients() const;
   int UseridOfIndex(int index) const;
@@ -140,7 +154,17 @@ public:
   void Deliver(const char* kind, const std::string& recipients, const std::string& content) const;
   // One line "> KIND: CONTENT" for what changes for every client.
   void Announce(const char* kind, const std::string& content) const;
-  void ShowDialog(CClient& client, int type, KeyValues* data) const;
+  // Shows a dialog and keeps a copy of it as the client's last one, for sim_dialog to answer.
+  void ShowDialog(CClient& client, int type, KeyValues* data);
+  // Every user message, as it is delivered, also goes to the tap; an empty tap stops it.
+  void SetUserMessageTap(UserMessageTap tap) { m_messageTap = std::move(tap); }
+
+  // ---- menus (sim_messaging.cpp) ----
+  // A "ShowMenu" piece reached the client: joined to the pieces before it, and with more = 0 the client's
+  // open menu, replacing the one it had.
+  void ReceiveMenuPiece(CClient& client, int keys, int time, bool more, const char* text);
+  // True while the client's menu is open and its time hasn't run out (a menu whose time ran out is closed).
+  bool MenuOpen(CClient& client) const;
 
   // ---- services ----
   CStringTables& StringTables() { return m_stringTables; }
@@ -162,6 +186,8 @@ private:
   CClient* NewClient(const char* name, const char* networkId, bool fake);
   bool AdmitClient(CClient& client);
   void EnterGame(CClient& client, bool validate);
+  std::string RecipientsOf(const std::vector<int>& indexes) const;
+  void DeliverMessage(int id);
 
   WorldSetup m_setup{};
   std::vector<edict_t> m_edicts;
@@ -193,7 +219,8 @@ private:
   bf_write m_message;
   unsigned char m_messageData[WORLD_USER_MESSAGE_BYTES] = {};
   int m_messageType = -1;  // the message under construction, -1 when none
-  std::string m_messageRecipients;
+  std::vector<int> m_messageIndexes;  // its recipients' entity indexes, in filter order
+  UserMessageTap m_messageTap;
 };
 
 // The world of the running stand-in, for the world's console commands.
@@ -201,6 +228,8 @@ CSimWorld& SimWorld();
 // The console commands of the game (game_commands.cpp) and of the stand-in (sim_commands.cpp).
 void RegisterGameCommands(CCvar& console);
 void RegisterSimCommands(CCvar& console);
+// sim_menu, sim_dialog and sim_stringtable (sim_messaging.cpp).
+void RegisterMessagingSimCommands(CCvar& console);
 // A text in double quotes with C escapes (\n, \\, \", \xNN for other control bytes): one line always.
 std::string EscapedText(const char* text);
 std::string EscapedText(const char* text, size_t length);

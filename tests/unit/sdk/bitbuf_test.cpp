@@ -1,6 +1,9 @@
 // The bit buffer of user messages: lowest bit first, little-endian bytes, sticky overflow.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <string>
+
 #include "bitbuf.h"
 
 TEST(BitBuffer, WholeBytesAreLittleEndian) {
@@ -66,4 +69,56 @@ TEST(BitBuffer, ReaderGivesBackWhatTheWriterWrote) {
   EXPECT_EQ(r.GetNumBitsLeft(), 0);
   r.ReadByte();
   EXPECT_TRUE(r.IsOverflowed());
+}
+
+// A byte written one bit at a time: the way every write goes when it doesn't start on a byte boundary.
+void BitwiseByte(bf_write& w, int value) {
+  for (int i = 0; i < 8; ++i) w.WriteOneBit((value >> i) & 1);
+}
+
+// Strings and whole bytes on a byte boundary take a faster way in and out; what they leave must be what
+// bit-by-bit writes leave, overflow included, at every length around the end of the buffer.
+TEST(BitBuffer, AlignedStringsMatchBitByBitWritesAtTheEdge) {
+  const std::string text(12, 's');
+  for (size_t length = 0; length <= text.size(); ++length) {
+    unsigned char fast[10], slow[10];
+    memset(fast, 0xEE, sizeof fast);
+    memset(slow, 0xEE, sizeof slow);
+    bf_write f(fast, sizeof fast), s(slow, sizeof slow);
+    f.WriteShort(0x1234);
+    BitwiseByte(s, 0x34), BitwiseByte(s, 0x12);
+    f.WriteString(text.substr(0, length).c_str());
+    for (size_t i = 0; i < length; ++i) BitwiseByte(s, 's');
+    BitwiseByte(s, 0);
+    EXPECT_EQ(f.IsOverflowed(), s.IsOverflowed()) << length;
+    EXPECT_EQ(f.GetNumBitsWritten(), s.GetNumBitsWritten()) << length;
+    EXPECT_EQ(0, memcmp(fast, slow, sizeof fast)) << length;
+    EXPECT_EQ(f.IsOverflowed(), length + 1 > 8) << length;
+  }
+}
+
+TEST(BitBuffer, AlignedReadsStopAtTheZeroByteOrOverflow) {
+  const unsigned char data[] = {'a', 'b', 'c', 0, 'd', 'e'};
+  char out[8];
+  bf_read r(data, sizeof data);
+  EXPECT_TRUE(r.ReadString(out, sizeof out));
+  EXPECT_STREQ(out, "abc");
+  EXPECT_EQ(r.GetNumBitsRead(), 32);
+  EXPECT_FALSE(r.ReadString(out, sizeof out));  // no zero byte before the end
+  EXPECT_STREQ(out, "de");
+  EXPECT_TRUE(r.IsOverflowed());
+  bf_read shortOut(data, sizeof data);
+  EXPECT_FALSE(shortOut.ReadString(out, 3));  // too long for the buffer: cut, and the read moves past it
+  EXPECT_STREQ(out, "ab");
+  EXPECT_EQ(shortOut.GetNumBitsRead(), 32);
+  EXPECT_FALSE(shortOut.IsOverflowed());
+  // One bit in: the same texts, read bit by bit.
+  unsigned char shifted[8] = {};
+  bf_write w(shifted, sizeof shifted);
+  w.WriteOneBit(1);
+  w.WriteString("xyz");
+  bf_read u(shifted, w.GetNumBytesWritten(), w.GetNumBitsWritten());
+  EXPECT_EQ(u.ReadOneBit(), 1);
+  EXPECT_TRUE(u.ReadString(out, sizeof out));
+  EXPECT_STREQ(out, "xyz");
 }

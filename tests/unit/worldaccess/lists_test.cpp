@@ -1,0 +1,65 @@
+// The player list's connection figures: the ping arithmetic with its clamps and rate rule, loss in percent,
+// and what a bot and a person without a channel show.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "worldaccess_fixture.h"
+#include "world/lists.h"
+
+namespace {
+
+constexpr float kTick = 1.0f / 66.0f;
+
+TEST(ConnectionFigures, PingIsLatencyLessHalfACommandAndATickAndAHalf) {
+  struct Case {
+    float latency;
+    const char* cmdRate;
+    float tick;
+    int ping;
+  };
+  const Case cases[] = {
+      {0.120f, "66", kTick, 89},       // 120 - 7.58 - 15.15 - 7.58 = 89.7, cut
+      {0.050f, "100", 0.01f, 30},      // 50 - 5 - 10 - 5
+      {0.050f, "0", 0.01f, 5},         // a rate of 0 counts as 1: 50 - 500 - 15 < 5
+      {0.600f, "junk", 0.0f, 100},     // not a number: 1
+      {0.600f, "-3", 0.0f, 100},
+      {0.001f, "66", kTick, 5},        // below 5 reads 5
+      {3.000f, "66", kTick, 1000},     // above 1000 reads 1000
+      {0.030f, nullptr, 0.0f, 5},      // no value: 1
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(PingOf(c.latency, c.cmdRate, c.tick), c.ping) << c.latency << " " << (c.cmdRate ? c.cmdRate : "null");
+}
+
+TEST(ConnectionFigures, LossIsInPercentFromZeroToAHundred) {
+  EXPECT_EQ(PacketLossOf(0.0f), 0);
+  EXPECT_EQ(PacketLossOf(0.075f), 7);
+  EXPECT_EQ(PacketLossOf(-0.5f), 0);
+  EXPECT_EQ(PacketLossOf(1.5f), 100);
+}
+
+class ConnectionTest : public WorldAccessTest {};
+
+TEST_F(ConnectionTest, ABotHasNoConnection) {
+  int bot = AddBot("Bot");
+  ConnectionInfo info = GetPlayerConnectionInfo(bot);
+  EXPECT_EQ(info.ping, 0);
+  EXPECT_EQ(info.packetLoss, 0);
+  EXPECT_EQ(info.timeConnected, 0.0f);
+  EXPECT_EQ(info.address, "0");
+  ConnectionInfo missing = GetPlayerConnectionInfo(bot + 40);
+  EXPECT_EQ(missing.address, "0");
+}
+
+TEST_F(ConnectionTest, APersonShowsTheChannel) {
+  int userid = Connect("Person");
+  Run("sim_set " + std::to_string(userid) + " latency 120\nsim_set " + std::to_string(userid) + " loss 12");
+  Run("sim_set " + std::to_string(userid) + " cvar:cl_cmdrate 0");
+  ConnectionInfo info = GetPlayerConnectionInfo(userid);
+  EXPECT_EQ(info.ping, 5);  // a rate of 0: 120 - 500 - ...
+  EXPECT_EQ(info.packetLoss, 12);
+  EXPECT_EQ(info.address, "127.0.0.1:" + std::to_string(27005 + userid));
+}
+
+}  // namespace
