@@ -74,7 +74,7 @@ private:
     if ((expandedTwin || c.expanded) && StartsVariableForm(c.args, index)) return;
     const std::string block = c.args.Argv(index);
     if (m_known.IsBlock(block) || m_facts.blocks.count(block)) return;
-    std::vector<std::string> blocks;
+    std::vector<std::string> blocks = m_known.BlockNames();
     for (const auto& [name, place] : m_facts.blocks) blocks.push_back(name);
     Error("no block " + Quoted(block) + " in the checked scripts or the scripts loaded at start-up" +
           Hint(NearestName(block, blocks)));
@@ -86,7 +86,9 @@ private:
     std::unique_ptr<CommandArgs> args(Cmd_Tokenize(text.c_str()));
     const char* word = args->Argv(0);
     const bool isDo = strcasecmp(args->Argv(args->Argc() - 1), "do") == 0 || strcasecmp(args->Argv(6), "do") == 0;
-    const std::string trap = isDo ? " (the block behind a malformed condition runs whatever the condition)" : "";
+    std::string trap = isDo ? " (the block behind a malformed condition runs whatever the condition)" : "";
+    if (!expands && ReplaceVariableForms(c.text, kValue) != c.text)
+      trap += "; tw_xif doesn't expand server_var() and event_var(): write \"if\" or \"tw tw_xif\"";
     if (args->Argc() < CONDITION_MIN_TOKENS)
       return Error(std::string("condition too short: write \"") + word + " (LEFT OPERATOR RIGHT) then COMMAND\" or \"" +
                    word + " (LEFT OPERATOR RIGHT) do\"" + trap);

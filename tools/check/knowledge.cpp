@@ -37,6 +37,10 @@ void ServerKnowledge::AddName(const std::string& name) {
   if (m_folded.insert(Folded(name)).second) m_names.push_back(name);
 }
 
+void ServerKnowledge::AddBlock(const std::string& fullName) {
+  if (m_blocks.insert(fullName).second) m_blockNames.push_back(fullName);
+}
+
 void ServerKnowledge::AddEvent(const std::string& name) {
   if (m_events.insert(Folded(name)).second) m_eventNames.push_back(name);
 }

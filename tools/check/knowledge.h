@@ -17,6 +17,7 @@ public:
   bool IsName(const std::string& name) const;
   // A block of a script loaded at start-up, by its exact full name.
   bool IsBlock(const std::string& fullName) const { return m_blocks.count(fullName) != 0; }
+  const std::vector<std::string>& BlockNames() const { return m_blockNames; }
   // A declared game event, ignoring case.
   bool IsEvent(const std::string& name) const;
   // Every command, variable and alias name as registered.
@@ -25,13 +26,14 @@ public:
 
   // For tests: names, blocks and events learned some other way.
   void AddName(const std::string& name);
-  void AddBlock(const std::string& fullName) { m_blocks.insert(fullName); }
+  void AddBlock(const std::string& fullName);
   void AddEvent(const std::string& name);
 
 private:
   std::vector<std::string> m_names;
   std::unordered_set<std::string> m_folded;  // names, lower case
   std::unordered_set<std::string> m_blocks;
+  std::vector<std::string> m_blockNames;
   std::unordered_set<std::string> m_events;  // lower case
   std::vector<std::string> m_eventNames;
 };
