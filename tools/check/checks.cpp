@@ -86,9 +86,10 @@ private:
     std::unique_ptr<CommandArgs> args(Cmd_Tokenize(text.c_str()));
     const char* word = args->Argv(0);
     const bool isDo = strcasecmp(args->Argv(args->Argc() - 1), "do") == 0 || strcasecmp(args->Argv(6), "do") == 0;
-    std::string trap = isDo ? " (the block behind a malformed condition runs whatever the condition)" : "";
+    std::string trap;
     if (!expands && ReplaceVariableForms(c.text, kValue) != c.text)
       trap += "; tw_xif doesn't expand server_var() and event_var(): write \"if\" or \"tw tw_xif\"";
+    if (isDo) trap += "; a malformed condition lets the block behind it run";
     if (args->Argc() < CONDITION_MIN_TOKENS)
       return Error(std::string("condition too short: write \"") + word + " (LEFT OPERATOR RIGHT) then COMMAND\" or \"" +
                    word + " (LEFT OPERATOR RIGHT) do\"" + trap);

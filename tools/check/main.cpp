@@ -95,8 +95,9 @@ int Check(const Options& options) {
   }
   CheckScripts(scripts, facts, known, findings);
   fputs(findings.Text().c_str(), stdout);
-  fprintf(stderr, "%zu files checked: %d errors, %d warnings\n", scripts.size(), findings.Errors(),
-          findings.Warnings());
+  fprintf(stderr, "%zu %s checked: %d %s, %d %s\n", scripts.size(), scripts.size() == 1 ? "file" : "files",
+          findings.Errors(), findings.Errors() == 1 ? "error" : "errors", findings.Warnings(),
+          findings.Warnings() == 1 ? "warning" : "warnings");
   return unreadable || findings.Errors() || (options.strict && findings.Warnings()) ? 1 : 0;
 }
 
