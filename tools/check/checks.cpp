@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "commandwalk.h"
+#include "language/doors.h"
 #include "nearest.h"
 #include "script/conditionals.h"
 
@@ -25,6 +26,43 @@ bool IsOneOf(const std::string& name, std::initializer_list<const char*> names) 
 }
 
 std::string Hint(const std::string& nearest) { return nearest.empty() ? "" : "; did you mean " + Quoted(nearest) + "?"; }
+
+// ---- the minimum counts of the plugin's doors ----
+
+struct DoorMinimum {
+  int minArgc;
+  std::string usage;  // as the door prints it, without its line end
+  bool expands;
+};
+
+std::string DoorUsage(const char* format, const char* name) {
+  std::string out(size_t(std::max(0, snprintf(nullptr, 0, format, name))), '\0');
+  snprintf(out.data(), out.size() + 1, format, name);
+  while (!out.empty() && out.back() == '\n') out.pop_back();
+  return out;
+}
+
+// By lower-case door name, from the command tables.
+const std::unordered_map<std::string, DoorMinimum>& DoorMinimums() {
+  static const std::unordered_map<std::string, DoorMinimum> minimums = [] {
+    std::unordered_map<std::string, DoorMinimum> m;
+    for (const CommandTableInfo& table : CommandTables())
+      for (size_t i = 0; i < table.count; ++i) {
+        if (table.prefixRows) {
+          const PrefixTwinRow& row = table.prefixRows[i];
+          m[Folded(row.name)] = {row.minArgc, DoorUsage("%s", row.usage), false};
+        }
+        if (!table.rows || !table.rows[i].usage) continue;
+        const CommandRow& row = table.rows[i];
+        const std::string x = std::string("tw_x") + row.base;
+        const std::string expanded = row.expandedName ? row.expandedName : std::string("tw_") + row.base;
+        if (row.doors & DOOR_X) m[Folded(x)] = {row.minArgc, DoorUsage(row.usage, x.c_str()), false};
+        if (row.doors & DOOR_EXPANDED) m[Folded(expanded)] = {row.minArgc, DoorUsage(row.usage, expanded.c_str()), true};
+      }
+    return m;
+  }();
+  return minimums;
+}
 
 // ---- gathering what the scripts make ----
 
@@ -62,8 +100,9 @@ public:
     if (IsOneOf(c.name, {"tw_doblock", "tw_xdoblock"})) BlockArgument(c, 1, c.name == "tw_doblock");
     if (IsOneOf(c.name, {"tw_regcmd", "tw_regsaycmd", "tw_regclientcmd"})) BlockArgument(c, 2, true);
     if (IsOneOf(c.name, {"tw_xregcmd", "tw_xregsaycmd", "tw_xregclientcmd"})) BlockArgument(c, 2, false);
-    if (c.name == "tw_xif" || c.name == "if") Condition(c);
-    if (c.name == "ifx") Ifx(c);
+    if (c.name == "tw_xif" || c.name == "if") return Condition(c);
+    if (c.name == "ifx") return Ifx(c);
+    Count(c);
   }
 
 private:
@@ -78,6 +117,22 @@ private:
     for (const auto& [name, place] : m_facts.blocks) blocks.push_back(name);
     Error("no block " + Quoted(block) + " in the checked scripts or the scripts loaded at start-up" +
           Hint(NearestName(block, blocks)));
+  }
+
+  // Below its minimum a door prints its usage and runs nothing. Where the line expands, a variable form
+  // counts as the one word it becomes.
+  void Count(const WalkedCommand& c) {
+    const auto found = DoorMinimums().find(c.name);
+    if (found == DoorMinimums().end()) return;
+    const DoorMinimum& door = found->second;
+    int words = c.args.Argc();
+    if (door.expands || c.expanded) {
+      const std::unique_ptr<CommandArgs> expanded(Cmd_Tokenize(ReplaceVariableForms(c.text, kValue).c_str()));
+      words = expanded->Argc();
+    }
+    if (words < door.minArgc)
+      Error("too few words for " + Quoted(c.args.Argv(0)) + " (at least " + std::to_string(door.minArgc) +
+            ", its name included): " + door.usage);
   }
 
   void Condition(const WalkedCommand& c) {

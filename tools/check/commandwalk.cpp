@@ -41,6 +41,8 @@ void Walk(const std::string& line, bool expanded, int depth, const std::function
       if (then != std::string::npos) Walk(rest.substr(then + 7), expanded || name == "if", depth + 1, visit);
     } else if ((name == "tw_xelse" || name == "else") && args->Argc() > 1 && strcasecmp(args->Argv(1), "do") != 0) {
       Walk(rest, expanded || name == "else", depth + 1, visit);
+    } else if (name == "alias" && args->Argc() == 3) {
+      Walk(args->Argv(2), false, depth + 1, visit);
     }
   }
 }

@@ -1,6 +1,6 @@
 // The commands a script line runs, as the console would take them: split at ';' and line ends outside
 // quotes (the stand-in's own command buffer), tokenized by the plugin's tokenizer, and followed into the
-// commands that tw, twnq, tw_xnq, a `then` and an `else` run in their turn.
+// commands that tw, twnq, tw_xnq, a `then`, an `else` and an alias's text run in their turn.
 #pragma once
 
 #include <functional>

@@ -56,6 +56,9 @@ TEST(CheckWords, WalkFollowsTheConsolesSplitAndThePrefixes) {
   EXPECT_EQ(Walk("else echo x"), (W{{"else", false, 0}, {"echo", true, 1}}));
   EXPECT_EQ(Walk("tw_xelse do"), (W{{"tw_xelse", false, 0}}));
   EXPECT_EQ(Walk("tw server_var(x) y"), (W{{"tw", false, 0}, {"server_var", true, 1}}));
+  EXPECT_EQ(Walk("alias greet \"echo a; say b\""),
+            (W{{"alias", false, 0}, {"echo", false, 1}, {"say", false, 1}}));
+  EXPECT_EQ(Walk("alias greet"), (W{{"alias", false, 0}}));
   EXPECT_EQ(Walk("  "), W{});
 }
 
