@@ -47,6 +47,10 @@ bool PreInitialize() {
   PyPreConfig preconfig;
   PyPreConfig_InitIsolatedConfig(&preconfig);
   preconfig.utf8_mode = 1;
+#ifdef TW_SANITIZE
+  // Every object on the C heap, where the sanitizers see its misuse and the leak checker its owner.
+  preconfig.allocator = PYMEM_ALLOCATOR_MALLOC;
+#endif
   return !Failed(Py_PreInitialize(&preconfig), "pre-initialisation");
 }
 

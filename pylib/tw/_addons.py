@@ -14,6 +14,7 @@ import importlib.util
 import os
 import sys
 import traceback
+import types
 from dataclasses import dataclass, field
 from typing import Any, Callable, Iterator
 
@@ -218,6 +219,7 @@ class Addons:
         if spec is None or spec.loader is None:
             return False
         module = importlib.util.module_from_spec(spec)
+        _addons_package()
         sys.modules[addon.module_name] = module
         self._loading = addon
         try:
@@ -251,6 +253,14 @@ def _addon_file(name: str) -> str | None:
         return None
     path = os.path.join(folder, *parts, parts[-1] + ".py")
     return path if os.path.isfile(path) else None
+
+
+def _addons_package() -> None:
+    """The parent of every addon's module, which relative imports inside an addon need. It stays."""
+    if MODULE_PREFIX.rstrip(".") not in sys.modules:
+        package = types.ModuleType(MODULE_PREFIX.rstrip("."), "The modules of the loaded Python addons.")
+        package.__path__ = []
+        sys.modules[package.__name__] = package
 
 
 def _forget_modules(addon: Addon) -> None:
