@@ -33,6 +33,7 @@ Importing the package sends ``print`` output and tracebacks to the server consol
 """
 from __future__ import annotations
 
+import gc
 from typing import Callable, TypeVar
 
 import tw_C
@@ -108,3 +109,5 @@ def block_args() -> list[str]:
 
 
 _console.install()
+# What start-up left behind goes now, so the collection at each level start reports that level's garbage.
+gc.collect()
