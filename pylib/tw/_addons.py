@@ -76,12 +76,29 @@ class Event:
         return f"<tw.Event {self.name}>"
 
 
+_PACKAGE_DIR = os.path.dirname(os.path.abspath(__file__)) + os.sep
+
+
+def print_addon_error() -> None:
+    """Prints the exception being handled with its traceback from the addon's first frame on: the package's
+    own frames (and the import machinery's) that called the addon are left out."""
+    error = sys.exc_info()[1]
+    frames = error.__traceback__
+    while frames is not None and _is_callers_frame(frames.tb_frame.f_code.co_filename):
+        frames = frames.tb_next
+    traceback.print_exception(type(error), error, frames or error.__traceback__)
+
+
+def _is_callers_frame(filename: str) -> bool:
+    return filename.startswith(_PACKAGE_DIR) or filename.startswith("<frozen importlib")
+
+
 def _run(handler: Handler, *args: Any) -> Any:
     """Calls an addon's handler; an exception is printed with its traceback and gives None."""
     try:
         return handler(*args)
     except BaseException:  # an addon's error, SystemExit included, never stops the server
-        traceback.print_exc()
+        print_addon_error()
         return None
 
 
@@ -226,7 +243,7 @@ class Addons:
             spec.loader.exec_module(module)
             return True
         except BaseException:
-            traceback.print_exc()
+            print_addon_error()
             _forget_modules(addon)
             return False
         finally:

@@ -8,7 +8,7 @@ import os
 import sys
 import types
 
-PYLIB = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "pylib")
+PYLIB = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "pylib"))
 
 
 class FakeTwC(types.ModuleType):
