@@ -14,26 +14,36 @@ constexpr size_t kQueueCompactBytes = size_t(1) << 20;
 // How much of a dropped text the overflow message shows.
 constexpr int kOverflowPreview = 60;
 
+// Bytes that can end a command or change how the bytes behind them count: the rest pass by in one loop.
+struct SpecialBytes {
+  bool flags[256] = {};
+  constexpr SpecialBytes() {
+    for (unsigned char c : {'"', ';', '\n', '/'}) flags[c] = true;
+  }
+};
+constexpr SpecialBytes kSpecial;
+
 // Finds where the command that starts at `p` ends: the first ';' or line feed outside double quotes, or
 // `end`. A // that opens a word outside quotes makes the rest of the line a comment, where ';' ends nothing.
 const char* FindCommandEnd(const char* p, const char* end) {
   bool quoted = false;
-  bool comment = false;
   const char* start = p;
-  for (; p < end; ++p) {
-    char c = *p;
-    if (comment) {
-      if (c == '\n') return p;
-      continue;
-    }
+  for (;; ++p) {
+    while (p < end && !kSpecial.flags[static_cast<unsigned char>(*p)]) ++p;
+    if (p == end) return end;
+    const char c = *p;
     if (c == '"') {
       quoted = !quoted;
+    } else if (c == '\n') {
+      if (!quoted) return p;
     } else if (!quoted) {
-      if (c == ';' || c == '\n') return p;
-      if (c == '/' && p + 1 < end && p[1] == '/' && (p == start || (unsigned char)p[-1] <= ' ')) comment = true;
+      if (c == ';') return p;
+      if (p + 1 < end && p[1] == '/' && (p == start || (unsigned char)p[-1] <= ' ')) {
+        const void* lineEnd = memchr(p, '\n', size_t(end - p));
+        return lineEnd ? static_cast<const char*>(lineEnd) : end;
+      }
     }
   }
-  return end;
 }
 
 // Copies the command [start, stop) to `out` and gives the bytes it used up, its separator included. A text's

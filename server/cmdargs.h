@@ -19,7 +19,7 @@ public:
     return unsigned(index) < unsigned(m_argc) && index < CMD_MAX_ARGS ? m_argv[index] : "";
   }
   // Everything behind the command name, quotes kept, white space at both ends cut; "" if nothing.
-  const char* Args() const { return m_line.c_str() + m_argsStart; }
+  const char* Args() const { return m_lineText + m_argsStart; }
   // The whole command text as given.
   const char* Line() const { return m_text.c_str(); }
 
@@ -27,7 +27,8 @@ private:
   int m_argc = 0;
   const char* m_argv[CMD_MAX_ARGS] = {};
   std::string m_text;    // the command as given
-  std::string m_line;    // the command with white space cut at the end; Args points into it
+  std::string m_line;    // the command with white space cut at the end, when it had any
+  const char* m_lineText = "";  // m_line, or m_text when nothing was cut; Args points into it
   size_t m_argsStart = 0;
   std::string m_tokens;  // the tokens, each ended by a zero byte; m_argv points into it
 };

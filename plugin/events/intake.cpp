@@ -6,8 +6,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <strings.h>
-#include <vector>
 
 #include "eiface.h"
 #include "events/current_event.h"
@@ -33,10 +33,13 @@ constexpr int kPopCommandSize = 48;
 // Events that fire many times a second; they are dropped unless tidewright_noisy is 1.
 constexpr const char* kNoisyEvents[] = {"weapon_reload", "player_footstep", "weapon_fire", "bullet_impact"};
 
-// Duplicates waiting for their tw__ep, by handle, oldest first. The handle is what travels through the
-// buffer, so a typed number names a queued event only if it was handed out for one that still waits.
+// Duplicates waiting for their tw__ep: the table holds the ones that wait, the queue their firing order.
+// The handle is what travels through the buffer, so a typed number names a queued event only if it was
+// handed out for one that still waits. A duplicate taken out of order by its handle leaves its place in
+// the queue behind, which is passed over when it comes to the front: every step costs the same however
+// many events wait.
 HandleTable<IGameEvent> s_eventHandles;
-std::vector<EventHandle> s_eventQueue;
+std::deque<EventHandle> s_eventQueue;
 
 bool IsNoisy(const char* name) {
   for (const char* noisy : kNoisyEvents)
@@ -69,10 +72,10 @@ void SetExtendedVariables(IGameEvent* event, const char* name) {
 }
 
 EventHandle PushDuplicate(IGameEvent* event) {
-  DbgMsg(4, "Event has fired, duplicating event and pushing it to stack. Before: %d\n", int(s_eventQueue.size()));
+  DbgMsg(4, "Event has fired, duplicating event and pushing it to stack. Before: %d\n", int(QueuedEventCount()));
   EventHandle handle = s_eventHandles.Add(gameeventmanager->DuplicateEvent(event));
   s_eventQueue.push_back(handle);
-  DbgMsg(4, "Duplicated event and pushed it to stack. After: %d\n", int(s_eventQueue.size()));
+  DbgMsg(4, "Duplicated event and pushed it to stack. After: %d\n", int(QueuedEventCount()));
   return handle;
 }
 
@@ -112,28 +115,32 @@ void ReleaseCurrentEvent() {
   g_currentEvent = nullptr;
 }
 
-// The queue position of a handle given as text, or -1. Only a whole decimal number can name one.
-int FindQueued(const char* text) {
-  char* end = nullptr;
-  EventHandle handle = strtoull(text, &end, 10);
-  if (end == text || *end != '\0') return -1;
-  for (size_t i = 0; i < s_eventQueue.size(); ++i)
-    if (s_eventQueue[i] == handle) return int(i);
-  return -1;
+// Passes over the places of duplicates that were taken out of order.
+void DropTakenFromFront() {
+  while (!s_eventQueue.empty() && !s_eventHandles.Contains(s_eventQueue.front())) s_eventQueue.pop_front();
 }
 
-// Takes the duplicate at `position` out of the queue and makes it current.
-void MakeCurrent(size_t position) {
-  EventHandle handle = s_eventQueue[position];
-  s_eventQueue.erase(s_eventQueue.begin() + long(position));
+// The handle given as text, when it names a waiting duplicate; else kNone. Only a whole decimal number
+// can name one.
+EventHandle FindQueued(const char* text) {
+  char* end = nullptr;
+  EventHandle handle = strtoull(text, &end, 10);
+  if (end == text || *end != '\0' || !s_eventHandles.Contains(handle)) return HandleTable<IGameEvent>::kNone;
+  return handle;
+}
+
+// Takes the waiting duplicate of `handle` out of the queue and makes it current.
+void MakeCurrent(EventHandle handle) {
+  const bool first = handle == s_eventQueue.front();
   g_currentEvent = s_eventHandles.Get(handle);
   s_eventHandles.Remove(handle);
+  DropTakenFromFront();
   if (!g_currentEvent) {
     DbgMsg(1, "ERROR: Failed to grab event pointer.\n");
     return;
   }
   DbgMsg(5, "Grabbed event pointer: %s.\n", g_currentEvent->GetName());
-  if (position > 0) DbgMsg(5, "Changed event pointer: %s.\n", g_currentEvent->GetName());
+  if (!first) DbgMsg(5, "Changed event pointer: %s.\n", g_currentEvent->GetName());
 }
 
 // tw__ep [handle]: the next queued event becomes current, or the queued event of the handle given. A handle
@@ -143,17 +150,18 @@ void PopEvent_f() {
   DbgMsg(5, "Internal pop event received.\n");
   ReleaseCurrentEvent();
   DbgMsg(5, "Popping event pointer.\n");
+  DropTakenFromFront();
   if (s_eventQueue.empty()) {
     DbgMsg(1, "ERROR: Stack empty, couldn't grab event pointer.\n");
     return;
   }
   DbgMsg(5, "Counted event pointer, grabbing.\n");
-  int position = given ? FindQueued(engine->Cmd_Argv(1)) : 0;
-  if (position < 0) {
+  EventHandle handle = given ? FindQueued(engine->Cmd_Argv(1)) : s_eventQueue.front();
+  if (handle == HandleTable<IGameEvent>::kNone) {
     DbgMsg(1, "ERROR: No queued event has the handle %s.\n", engine->Cmd_Argv(1));
     return;
   }
-  MakeCurrent(size_t(position));
+  MakeCurrent(handle);
 }
 
 const PlainCommandRow kIntakeCommands[] = {
@@ -179,7 +187,7 @@ void Intake_OnGameEvent(IGameEvent* event) {
 
 // ---- the queue ----
 
-size_t QueuedEventCount() { return s_eventQueue.size(); }
+size_t QueuedEventCount() { return s_eventHandles.LiveCount(); }
 
 void ReleaseEvents() {
   ReleaseCurrentEvent();

@@ -2,7 +2,8 @@
 // commands, stacks and databases. 65536 buckets, each a growable array; the hash starts at 5381 and takes
 // each byte as a signed value, times 33 plus the byte, in wrapping 32-bit arithmetic. Whether names compare
 // exactly or ignoring case is the owner's choice; the hash always counts case, so a name in another case
-// lands in another bucket.
+// lands in another bucket. A table keeps a copy of each name, or (Key = const char*) borrows the name from
+// its value's owner, who keeps it alive while the entry stands.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,7 @@
 #include <string>
 #include <vector>
 
-template <class V>
+template <class V, class Key = std::string>
 class NameTable {
 public:
   // An entry's place: bucket in the upper 16 bits, index in the bucket in the lower 16.
@@ -27,23 +28,16 @@ public:
     return h;
   }
 
-  Handle Find(const char* name) const {
-    if (!name) return kNotFound;
-    uint32_t b = Hash(name) & (kBuckets - 1);
-    const Bucket& bucket = m_buckets[b];
-    for (size_t i = 0; i < bucket.size(); ++i)
-      if (Same(bucket[i].key, name)) return (b << 16) | Handle(i);
-    return kNotFound;
-  }
+  Handle Find(const char* name) const { return name ? Find(name, Hash(name)) : kNotFound; }
 
   // Adds the entry unless its name is there; either way gives the handle of the entry of that name.
   Handle Insert(const char* name, V value) {
-    Handle found = Find(name);
+    const uint32_t hash = Hash(name);
+    Handle found = Find(name, hash);
     if (found != kNotFound) return found;
-    uint32_t b = Hash(name) & (kBuckets - 1);
+    uint32_t b = hash & (kBuckets - 1);
     Bucket& bucket = m_buckets[b];
-    if (bucket.capacity() == 0) bucket.reserve(4);
-    bucket.push_back(Entry{name, std::move(value)});
+    bucket.push_back(Entry{Key(name), std::move(value), hash});
     ++m_count;
     return (b << 16) | Handle(bucket.size() - 1);
   }
@@ -63,7 +57,7 @@ public:
 
   const char* KeyAt(Handle handle) {
     Bucket* bucket = BucketOf(handle);
-    return bucket ? (*bucket)[handle & 0xFFFF].key.c_str() : nullptr;
+    return bucket ? Text((*bucket)[handle & 0xFFFF].key) : nullptr;
   }
 
   V* FindValue(const char* name) {
@@ -75,13 +69,25 @@ public:
 
 private:
   struct Entry {
-    std::string key;
+    Key key;
     V value;
+    uint32_t hash;  // the whole hash: an exact table compares texts only where it matches
   };
+
+  Handle Find(const char* name, uint32_t hash) const {
+    uint32_t b = hash & (kBuckets - 1);
+    const Bucket& bucket = m_buckets[b];
+    for (size_t i = 0; i < bucket.size(); ++i)
+      if ((m_ignoreCase || bucket[i].hash == hash) && Same(bucket[i].key, name)) return (b << 16) | Handle(i);
+    return kNotFound;
+  }
   using Bucket = std::vector<Entry>;
 
-  bool Same(const std::string& key, const char* name) const {
-    return m_ignoreCase ? strcasecmp(key.c_str(), name) == 0 : strcmp(key.c_str(), name) == 0;
+  static const char* Text(const std::string& key) { return key.c_str(); }
+  static const char* Text(const char* key) { return key; }
+
+  bool Same(const Key& key, const char* name) const {
+    return m_ignoreCase ? strcasecmp(Text(key), name) == 0 : strcmp(Text(key), name) == 0;
   }
 
   Bucket* BucketOf(Handle handle) {

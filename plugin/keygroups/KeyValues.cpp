@@ -4,6 +4,7 @@
 #include "KeyValues.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cerrno>
 #include <climits>
@@ -15,7 +16,6 @@
 #include "filesystem.h"
 #include "tier0.h"
 #include "tier1/handletable.h"
-#include "tier1/strtools.h"
 #include "vstdlib.h"
 
 namespace {
@@ -24,9 +24,21 @@ constexpr int kTokenSize = 1024;       // a token keeps at most 1023 bytes
 constexpr int kPathPartMax = 255;      // longest path component before a '/' in FindKey
 constexpr int kErrorStackSize = 64;
 constexpr int kMaxNesting = 256;       // deeper braces are refused rather than recursed into
-constexpr int kMaxIncludeDepth = 8;    // bounds #include cycles
+constexpr int kMaxIncludeDepth = 8;    // bounds #include chains
+constexpr int kMaxIncludesPerFile = 64;
+// One top-level load (a keygroup file, an event file) reads at most this much through #include, however
+// the files include each other; past it the load stops and keeps what it read.
+constexpr int kMaxIncludedFiles = 256;
+constexpr size_t kMaxIncludedBytes = size_t(16) << 20;
 
-char s_token[kTokenSize];
+// The engine's key name table and node memory, asked for once: every node and name goes through it.
+IKeyValuesSystem* System() {
+  static IKeyValuesSystem* system = nullptr;
+  if (!system) system = KeyValuesSystem();
+  return system;
+}
+
+char s_token[kTokenSize + 8];  // a word copied whole may reach 8 bytes past a token
 
 // Where a parse error happened: the names of the keys being read, outermost first.
 struct ErrorStack {
@@ -51,7 +63,7 @@ struct ErrorStack {
     DevMsg(1, "KeyValues Error: %s in file %s\n", message, fileName);
     for (int i = 0; i < deepest; ++i) {
       if (entries[i] == -1) continue;
-      const char* name = KeyValuesSystem()->GetStringForSymbol(entries[i]);
+      const char* name = System()->GetStringForSymbol(entries[i]);
       if (i < depth)
         DevMsg(1, "%s, ", name);
       else
@@ -61,92 +73,327 @@ struct ErrorStack {
   }
 } s_errors;
 
-int s_includeDepth = 0;
+// The top-level load in progress and what its #include files have taken so far.
+struct IncludeBudget {
+  int depth = 0;          // 0 while no included file is being read
+  int files = 0;
+  size_t bytes = 0;
+  bool exhausted = false;  // the load stops: no file of it reads a further section or include
+  const char* topName = "";
+} s_includes;
+
+// Ends the top-level load at its include budget, with one message for the whole load.
+void StopIncludes() {
+  if (s_includes.exhausted) return;
+  s_includes.exhausted = true;
+  Warning("KeyValues: loading %s stopped: its #include files pass %d files or %d MB. What was read before "
+          "is kept.\n",
+          s_includes.topName, kMaxIncludedFiles, int(kMaxIncludedBytes >> 20));
+}
 
 HandleTable<KeyValues>& Handles() {
   static auto* table = new HandleTable<KeyValues>;  // never destroyed: nodes may outlive static destruction
   return *table;
 }
 
-inline bool IsSpace(unsigned char c) { return c >= 1 && c <= 32; }
-
-// The lexer. Null at the end of the text; otherwise a token in s_token, valid until the next call.
-const char* ReadToken(const char*& position, bool& wasQuoted, bool escapes) {
-  wasQuoted = false;
-  if (!position || !*position) return nullptr;
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(position);
-
-  // White space and comments. Right at the start of a read a single '/' opens a comment; behind white
-  // space it takes two. A comment ends at a line feed or at a byte of 0x80 and above.
-  for (bool atStart = true;; atStart = false) {
-    const unsigned char* before = p;
-    while (IsSpace(*p)) ++p;
-    if (!*p) {
-      position = reinterpret_cast<const char*>(p);
-      return nullptr;
-    }
-    bool skipped = p != before;
-    if (*p == '/' && ((atStart && !skipped) || p[1] == '/')) {
-      while (*p && *p != '\n' && *p < 0x80) ++p;
-      if (!*p) {
-        position = reinterpret_cast<const char*>(p);
-        return nullptr;
-      }
-      continue;
-    }
-    break;
+// The nodes' value texts. Short texts take a block of a size class, reused through a free list and never
+// given back; longer ones come from the heap. The byte before a text names its class (0: the heap). The
+// sanitizer build takes every text from the heap, so that a text used after it is freed is still caught.
+class TextPool {
+public:
+  char* Copy(const char* text, size_t length) {
+    char* copy = Allocate(length + 1);
+    memcpy(copy, text, length);
+    copy[length] = '\0';
+    return copy;
   }
 
-  int count = 0;
-  auto put = [&count](unsigned char c) {
-    if (count < kTokenSize - 1)
-      s_token[count++] = char(c);
-    else
-      s_errors.Report(" ReadToken overflow");
+  void Free(char* text) {
+    if (!text) return;
+    unsigned char sizeClass = static_cast<unsigned char>(text[-1]);
+    char* block = text - 1;
+    if (sizeClass == 0) {
+      free(block);
+      return;
+    }
+    auto* slot = reinterpret_cast<FreeBlock*>(block);
+    slot->next = m_free[sizeClass];
+    m_free[sizeClass] = slot;
+  }
+
+private:
+  static constexpr size_t kClassBytes = 16;  // class c holds blocks of c * 16 bytes, header included
+  static constexpr int kClasses = 4;
+  static constexpr size_t kPieceBytes = 64 * 1024;
+  struct FreeBlock {
+    FreeBlock* next;
   };
 
-  if (*p == '"') {
-    wasQuoted = true;
-    ++p;
-    for (;;) {
-      unsigned char c = *p;
-      if (!c) {
-        s_errors.Report("ReadToken unexpected EOF in quoted string");
-        position = reinterpret_cast<const char*>(p);
-        return nullptr;
-      }
-      if (c == '\r' || c == '\n') {
-        s_errors.Report("unexpected CR/LF in string");
-        break;
-      }
-      ++p;
-      if (c == '"') break;
-      if (c == '\\' && escapes) {
-        unsigned char e = *p;
-        if (!e) {
-          s_errors.Report("ReadToken unexpected EOF after \\");
-          position = reinterpret_cast<const char*>(p);
-          return nullptr;
-        }
-        ++p;
-        switch (e) {
-          case '"': case '\\': c = e; break;
-          case 'n': c = '\n'; break;
-          case 't': c = '\t'; break;
-          default: s_errors.Report("ReadToken illegal character after \\"); c = e; break;
-        }
-      }
-      put(c);
+  char* Allocate(size_t bytes) {
+#if !defined(TW_SANITIZE)
+    const size_t sizeClass = (bytes + 1 + kClassBytes - 1) / kClassBytes;
+    if (sizeClass <= size_t(kClasses)) {
+      if (!m_free[sizeClass]) AddPiece(sizeClass);
+      char* block = reinterpret_cast<char*>(m_free[sizeClass]);
+      m_free[sizeClass] = m_free[sizeClass]->next;
+      block[0] = char(sizeClass);
+      return block + 1;
     }
-  } else if (*p == '{' || *p == '}') {
-    put(*p++);
-  } else {
-    while (*p && *p != '"' && *p != '{' && *p != '}' && *p > 32 && *p < 0x80) put(*p++);
+#endif
+    char* block = static_cast<char*>(malloc(bytes + 1));
+    if (!block) abort();
+    block[0] = 0;
+    return block + 1;
   }
-  s_token[count] = '\0';
-  position = reinterpret_cast<const char*>(p);
-  return s_token;
+
+  void AddPiece(size_t sizeClass) {
+    char* piece = static_cast<char*>(malloc(kPieceBytes));
+    if (!piece) abort();
+    const size_t blockBytes = sizeClass * kClassBytes;
+    for (size_t at = kPieceBytes / blockBytes * blockBytes; at > 0;) {
+      at -= blockBytes;
+      auto* slot = reinterpret_cast<FreeBlock*>(piece + at);
+      slot->next = m_free[sizeClass];
+      m_free[sizeClass] = slot;
+    }
+  }
+
+  FreeBlock* m_free[kClasses + 1] = {};
+};
+
+// Constant-initialised and never destroyed: nodes may be made before any constructor runs and outlive
+// static destruction.
+TextPool s_texts;
+
+// A node's value text: from the pool, back to it through ClearValue.
+char* NewValueText(const char* text, size_t length) { return s_texts.Copy(text, length); }
+
+char* NewValueText(const char* text) { return NewValueText(text, strlen(text)); }
+
+// ---- the lexer ----
+
+// Byte classes, one table lookup per byte: white space, and the bytes that end a plain or a quoted token.
+enum : unsigned char { kSpace = 1, kEndsPlain = 2, kEndsQuoted = 4 };
+constexpr std::array<unsigned char, 256> kClasses = [] {
+  std::array<unsigned char, 256> t{};
+  for (int c = 0; c < 256; ++c) {
+    if (c >= 1 && c <= 32) t[c] |= kSpace;
+    if (c <= 32 || c >= 0x80 || c == '"' || c == '{' || c == '}') t[c] |= kEndsPlain;
+    if (c == 0 || c == '"' || c == '\n' || c == '\r') t[c] |= kEndsQuoted;
+  }
+  return t;
+}();
+
+// The end of a comment: a line feed, a byte of 0x80 and above, or the end of the text. The line's end is
+// found by the C library's fast search, the bytes before it are checked a word at a time.
+const unsigned char* CommentEnd(const unsigned char* p) {
+  const auto* lineEnd = reinterpret_cast<const unsigned char*>(strchrnul(reinterpret_cast<const char*>(p), '\n'));
+  for (uint64_t word; p + 8 <= lineEnd; p += 8) {
+    memcpy(&word, p, 8);
+    if (word & 0x8080808080808080ull) break;
+  }
+  while (p < lineEnd && *p < 0x80) ++p;
+  return p;
 }
+
+// White space and comments. Right at the start of a read a single '/' opens a comment; behind white space
+// it takes two.
+const unsigned char* SkipSpaceAndCommentsFrom(const unsigned char* p) {
+  for (bool atStart = true;; atStart = false) {
+    const unsigned char* before = p;
+    while (kClasses[*p] & kSpace) ++p;
+    if (*p != '/' || !((atStart && p == before) || p[1] == '/')) return p;
+    p = CommentEnd(p);
+  }
+}
+
+// The same, with the common case (white space, then no '/') kept in line.
+inline const unsigned char* SkipSpaceAndComments(const unsigned char* start) {
+  const unsigned char* p = start;
+  while (kClasses[*p] & kSpace) ++p;
+  return *p == '/' ? SkipSpaceAndCommentsFrom(start) : p;
+}
+
+// ---- word scans: eight bytes at a time, where the text surely holds them ----
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the word scans read the first byte as the lowest");
+constexpr uint64_t kOnes = 0x0101010101010101ull;
+constexpr uint64_t kHighs = 0x8080808080808080ull;
+
+// The high bit of every byte of `w` that equals `c`, and no other bit.
+inline uint64_t BytesEqual(uint64_t w, unsigned char c) {
+  const uint64_t t = w ^ (kOnes * c);
+  return ~(((t & ~kHighs) + ~kHighs) | t) & kHighs;
+}
+
+// Bytes that end a plain token: below 33, 0x80 and above, a double quote, a brace.
+inline uint64_t PlainStops(uint64_t w) {
+  const uint64_t below33 = ~((w & ~kHighs) + kOnes * (0x80 - 33)) & kHighs;
+  return below33 | (w & kHighs) | BytesEqual(w, '"') | BytesEqual(w, '{') | BytesEqual(w, '}');
+}
+
+// Bytes that may end a quoted token: all below 14 (the end of the text and the line ends among them) and
+// double quotes. The others below 14, a tab say, are passed over by the caller.
+inline uint64_t QuotedStops(uint64_t w) {
+  const uint64_t below14 = ~((w & ~kHighs) + kOnes * (0x80 - 14)) & ~w & kHighs;
+  return below14 | BytesEqual(w, '"');
+}
+
+// Copies a token into the token buffer up to its first stop byte, keeping the first 1023 bytes; every byte
+// beyond is reported and dropped. `limit` is one past the text's terminating zero. Gives the stop byte.
+// `Stops` marks the bytes of a word that may end the token; the class decides.
+template <uint64_t (*Stops)(uint64_t), unsigned char kStopClass>
+const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* limit, size_t& kept) {
+  size_t n = 0;
+  for (;;) {
+    if (limit - p >= 8 && n < size_t(kTokenSize)) {
+      uint64_t word;
+      memcpy(&word, p, 8);
+      memcpy(s_token + n, &word, 8);  // the buffer has room for the bytes behind the token
+      if (uint64_t stops = Stops(word)) {
+        const int k = __builtin_ctzll(stops) / 8;
+        n += size_t(k);
+        p += k;
+        if (kClasses[(word >> (8 * k)) & 0xFF] & kStopClass) break;
+        ++n;  // kept: the word put it in the buffer already
+        ++p;
+        continue;
+      }
+      n += 8;
+      p += 8;
+      continue;
+    }
+    if (kClasses[*p] & kStopClass) break;
+    if (n < size_t(kTokenSize)) s_token[n] = char(*p);
+    ++n;
+    ++p;
+  }
+  kept = std::min(n, size_t(kTokenSize - 1));
+  s_token[kept] = '\0';
+  for (size_t lost = kept; lost < n; ++lost) s_errors.Report(" ReadToken overflow");
+  return p;
+}
+
+// Names met lately, by their exact bytes. A data file names the same keys in every record, and code sets the
+// same keys on every event; they find their symbols here without a call into the engine's table. A symbol
+// never changes its text, so an entry stays right for the life of the process.
+class RecentNames {
+public:
+  // The symbol of `name` (length bytes, ended by a zero byte at name + length). `source` holds the same
+  // bytes and is read instead, never at or past `limit`: the reader passes the token's place in its text,
+  // read rather than the buffer just written. Up to 24 bytes, the three words that cover a name are the
+  // name. Two names share a set; the one found last stands first.
+  int SymbolOf(const char* name, const unsigned char* source, size_t length, const unsigned char* limit) {
+    if (length > kLongest) return System()->GetSymbolForString(name);
+    Entry key{{0, 0, 0}, uint32_t(length), -1};
+    if (length >= 8) {
+      memcpy(&key.words[0], source, 8);
+      memcpy(&key.words[1], source + std::min<size_t>(8, length - 8), 8);
+      memcpy(&key.words[2], source + length - 8, 8);
+    } else if (limit - source >= 8) {
+      memcpy(&key.words[0], source, 8);
+      key.words[0] &= (uint64_t(1) << (8 * length)) - 1;
+    } else {
+      for (size_t i = 0; i < length; ++i) key.words[0] |= uint64_t(source[i]) << (8 * i);
+    }
+    const uint64_t mix = key.words[0] ^ (key.words[1] >> 1) ^ (key.words[2] >> 2) ^ length;
+    Entry* set = m_sets[(mix * 0x9E3779B97F4A7C15ull) >> (64 - kSetBits)];
+    if (set[0].Names(key)) return set[0].symbol;
+    if (set[1].Names(key)) {
+      std::swap(set[0], set[1]);
+    } else {
+      set[1] = set[0];
+      key.symbol = System()->GetSymbolForString(name);
+      set[0] = key;
+    }
+    return set[0].symbol;
+  }
+
+private:
+  static constexpr size_t kLongest = 24;
+  static constexpr int kSetBits = 9;
+  struct Entry {
+    uint64_t words[3] = {0, 0, 0};
+    uint32_t length = ~0u;  // no name yet
+    int symbol = -1;
+    bool Names(const Entry& key) const {
+      return length == key.length && words[0] == key.words[0] && words[1] == key.words[1] &&
+             words[2] == key.words[2];
+    }
+  };
+  Entry m_sets[1 << kSetBits][2];
+} s_recentNames;
+
+int SymbolOf(const char* name) {
+  const size_t length = strlen(name);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(name);
+  return s_recentNames.SymbolOf(name, bytes, length, bytes + length + 1);
+}
+
+}  // namespace
+
+class KeyValuesLexer {
+public:
+  explicit KeyValuesLexer(const char* text)
+      : m_p(reinterpret_cast<const unsigned char*>(text)), m_limit(m_p + strlen(text) + 1) {}
+  bool Stopped() const { return !m_p; }
+  void Stop() { m_p = nullptr; }
+  size_t Length() const { return m_length; }  // of the token Next gave last
+
+  // The symbol of the token Next gave last.
+  int Symbol() const { return s_recentNames.SymbolOf(s_token, m_begin, m_length, m_limit); }
+
+  __attribute__((always_inline)) const char* Next(bool& quoted) {
+    quoted = false;
+    if (!m_p || !*m_p) return nullptr;
+    const unsigned char* p = SkipSpaceAndComments(m_p);
+    const char* token = s_token;
+    if (!*p)
+      token = nullptr;
+    else if (*p == '"')
+      p = ReadQuoted(p + 1, token, quoted);
+    else if (*p == '{' || *p == '}')
+      p = ReadBrace(p);
+    else
+      p = CopyTokenTo<PlainStops, kEndsPlain>(m_begin = p, m_limit, m_length);
+    m_p = p;
+    return token;
+  }
+
+private:
+  const unsigned char* ReadBrace(const unsigned char* p) {
+    m_begin = p;
+    s_token[0] = char(*p);
+    s_token[1] = '\0';
+    m_length = 1;
+    return p + 1;
+  }
+
+  // A line end inside the quotes ends the token there and stays unread; the end of the text gives null.
+  const unsigned char* ReadQuoted(const unsigned char* begin, const char*& token, bool& quoted) {
+    quoted = true;
+    const unsigned char* end = CopyTokenTo<QuotedStops, kEndsQuoted>(m_begin = begin, m_limit, m_length);
+    if (*end == '"') return end + 1;
+    if (*end) {
+      s_errors.Report("unexpected CR/LF in string");
+      return end;
+    }
+    s_errors.Report("ReadToken unexpected EOF in quoted string");
+    token = nullptr;
+    return end;
+  }
+
+  const unsigned char* m_p;
+  const unsigned char* m_limit;            // one past the text's terminating zero
+  const unsigned char* m_begin = nullptr;  // the last token's first byte in the text
+  size_t m_length = 0;
+};
+
+namespace {
+
+inline bool IsBrace(const char* token, bool quoted, char brace) { return !quoted && token[0] == brace && !token[1]; }
+
+// ---- value types ----
 
 // A number in plain decimal notation: sign, digits, fraction, exponent. Hex, "inf" and "nan" stay text.
 bool IsDecimalNumber(const char* t) {
@@ -167,6 +414,75 @@ bool IsDecimalNumber(const char* t) {
   return *t == '\0';
 }
 
+enum class ValueKind { kText, kInt, kFloat };
+
+// White space as strtol skips it.
+inline bool IsCSpace(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// The type rule: an integer when strtol takes the whole token and it fits in 32 bits, a float when it is a
+// decimal number that strtol doesn't take whole, else text. Tokens without leading white space take the
+// quick way; the answer is the same either way.
+ValueKind ClassifyValue(const char* token, int& asInt) {
+  const unsigned char first = static_cast<unsigned char>(token[0]);
+  if (!first) return ValueKind::kText;
+  const bool numberStart = (first >= '0' && first <= '9') || first == '-' || first == '+' || first == '.';
+  if (!numberStart && !IsCSpace(first)) return ValueKind::kText;
+  if (IsCSpace(static_cast<unsigned char>(token[0]))) {
+    char* intEnd = nullptr;
+    errno = 0;
+    long asLong = strtol(token, &intEnd, 10);
+    if (*intEnd == '\0') {
+      if (errno != 0 || asLong < INT_MIN || asLong > INT_MAX) return ValueKind::kText;
+      asInt = int(asLong);
+      return ValueKind::kInt;
+    }
+    return IsDecimalNumber(token) ? ValueKind::kFloat : ValueKind::kText;
+  }
+  const char* p = token;
+  const bool negative = *p == '-';
+  if (*p == '+' || *p == '-') ++p;
+  const char* digits = p;
+  uint64_t magnitude = 0;
+  for (; *p >= '0' && *p <= '9'; ++p)
+    if (magnitude <= uint64_t(INT_MAX) + 1) magnitude = magnitude * 10 + uint64_t(*p - '0');
+  if (p == digits || *p != '\0') return IsDecimalNumber(token) ? ValueKind::kFloat : ValueKind::kText;
+  if (magnitude > (negative ? uint64_t(INT_MAX) + 1 : uint64_t(INT_MAX))) return ValueKind::kText;
+  asInt = negative ? int(-int64_t(magnitude)) : int(magnitude);
+  return ValueKind::kInt;
+}
+
+// strtof's answer for a decimal number. Without an exponent, with its digits (trailing zeros of the
+// fraction dropped) below 2^24 and at most ten of them behind the point, both operands of one division are
+// exact floats, and the division rounds as strtof does; anything else is left to strtof.
+float DecimalToFloat(const char* token) {
+  constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+  constexpr int kMaxDigits = 18;
+  const char* p = token;
+  const bool negative = *p == '-';
+  if (*p == '+' || *p == '-') ++p;
+  uint64_t mantissa = 0;
+  int digits = 0, fraction = -1;
+  for (;; ++p) {
+    if (*p >= '0' && *p <= '9') {
+      mantissa = mantissa * 10 + uint64_t(*p - '0');
+      if (++digits > kMaxDigits) return strtof(token, nullptr);
+      if (fraction >= 0) ++fraction;
+    } else if (*p == '.' && fraction < 0) {
+      fraction = 0;
+    } else {
+      break;
+    }
+  }
+  if (*p != '\0') return strtof(token, nullptr);
+  if (fraction < 0) fraction = 0;
+  while (fraction > 0 && mantissa % 10 == 0) mantissa /= 10, --fraction;
+  if (mantissa > (uint64_t(1) << 24) || fraction > 10) return strtof(token, nullptr);
+  float value = float(mantissa) / kPowersOfTen[fraction];
+  return negative ? -value : value;
+}
+
+// ---- the writer ----
+
 // Text of a name or value as the writer puts it between quotes.
 void AppendConverted(std::string& out, const char* text, bool escapes) {
   for (const char* p = text; *p; ++p) {
@@ -175,42 +491,57 @@ void AppendConverted(std::string& out, const char* text, bool escapes) {
   }
 }
 
+void AppendTabs(std::string& out, int n) { out.append(size_t(n), '\t'); }
+
+// One line `"name"\t\t"value"` at the given indent; texts are converted, numbers written as they are.
+void AppendPair(std::string& out, int indent, const char* name, const char* value, bool text, bool escapes) {
+  AppendTabs(out, indent);
+  out += '"';
+  if (text)
+    AppendConverted(out, name, escapes);
+  else
+    out += name;
+  out += "\"\t\t\"";
+  if (text)
+    AppendConverted(out, value, escapes);
+  else
+    out += value;
+  out += "\"\n";
+}
+
 }  // namespace
 
 // ---- memory and life ----
 
-void* KeyValues::operator new(size_t size) { return KeyValuesSystem()->AllocKeyValuesMemory(int(size)); }
-void KeyValues::operator delete(void* memory) { KeyValuesSystem()->FreeKeyValuesMemory(memory); }
+void* KeyValues::operator new(size_t size) { return System()->AllocKeyValuesMemory(int(size)); }
+void KeyValues::operator delete(void* memory) { System()->FreeKeyValuesMemory(memory); }
 
 KeyValues::KeyValues(const char* name) : m_pValue(nullptr) { SetName(name); }
 
 KeyValues::~KeyValues() {
-  RemoveEverything();
+  if (m_pSub) DestroyChain(m_pSub);
+  if (m_pPeer) DestroyChain(m_pPeer);
+  if (m_sValue || m_wsValue) ClearValue();
   if (m_handle) Handles().Remove(m_handle);
 }
 
 void KeyValues::deleteThis() { delete this; }
 
-void KeyValues::RemoveEverything() {
-  for (KeyValues* sub = m_pSub; sub;) {
-    KeyValues* next = sub->m_pPeer;
-    sub->m_pPeer = nullptr;
-    delete sub;
-    sub = next;
+// Each node of the chain goes before its children, in the order the reader made them, so that the node
+// memory is handed back (and out again to the next tree) in one sweep. Recursion follows the depth only.
+void KeyValues::DestroyChain(KeyValues* node) {
+  while (node) {
+    KeyValues* sub = node->m_pSub;
+    KeyValues* next = node->m_pPeer;
+    node->m_pSub = node->m_pPeer = nullptr;
+    delete node;
+    if (sub) DestroyChain(sub);
+    node = next;
   }
-  m_pSub = nullptr;
-  for (KeyValues* peer = m_pPeer; peer;) {
-    KeyValues* next = peer->m_pPeer;
-    peer->m_pPeer = nullptr;
-    delete peer;
-    peer = next;
-  }
-  m_pPeer = nullptr;
-  ClearValue();
 }
 
 void KeyValues::ClearValue() {
-  free(m_sValue);
+  s_texts.Free(m_sValue);
   m_sValue = nullptr;
   delete[] m_wsValue;
   m_wsValue = nullptr;
@@ -226,11 +557,11 @@ KeyValues* KeyValues::FromHandle(uint64_t handle) { return Handles().Get(handle)
 // ---- names and lists ----
 
 const char* KeyValues::GetName() const {
-  return m_iKeyName == -1 ? "" : KeyValuesSystem()->GetStringForSymbol(m_iKeyName);
+  return m_iKeyName == -1 ? "" : System()->GetStringForSymbol(m_iKeyName);
 }
 
 void KeyValues::SetName(const char* name) {
-  m_iKeyName = name ? KeyValuesSystem()->GetSymbolForString(name) : -1;
+  m_iKeyName = name ? SymbolOf(name) : -1;
 }
 
 KeyValues* KeyValues::FindKey(int symbol) const {
@@ -254,7 +585,7 @@ KeyValues* KeyValues::FindKey(const char* name, bool create) {
     ++rest;
   }
 
-  int symbol = KeyValuesSystem()->GetSymbolForString(lookup);
+  int symbol = SymbolOf(lookup);
   KeyValues* last = nullptr;
   KeyValues* found = nullptr;
   for (KeyValues* sub = m_pSub; sub; sub = sub->m_pPeer) {
@@ -286,14 +617,16 @@ KeyValues* KeyValues::CreateKey(const char* name) {
   return key;
 }
 
+// Names are read as 64-bit numbers, so that one above a child named 2147483647 is 2147483648; past the
+// 64-bit range a name reads as its largest value and the next number stays there.
 KeyValues* KeyValues::CreateNewKey() {
-  int next = 1;
+  long long next = 1;
   for (KeyValues* sub = m_pSub; sub; sub = sub->m_pPeer) {
-    int value = atoi(sub->GetName());
-    if (next <= value) next = value + 1;
+    long long value = strtoll(sub->GetName(), nullptr, 10);
+    if (next <= value) next = value == LLONG_MAX ? value : value + 1;
   }
-  char name[16];
-  snprintf(name, sizeof name, "%d", next);
+  char name[24];
+  snprintf(name, sizeof name, "%lld", next);
   return CreateKey(name);
 }
 
@@ -423,7 +756,7 @@ bool KeyValues::IsEmpty(const char* name) {
 void KeyValues::SetString(const char* name, const char* value) {
   KeyValues* key = FindKey(name, true);
   if (!key) return;
-  char* copy = CopyText(value ? value : "");  // copied first: value may be this key's own text
+  char* copy = NewValueText(value ? value : "");  // copied first: value may be this key's own text
   key->ClearValue();
   key->m_sValue = copy;
   key->m_iDataType = TYPE_STRING;
@@ -461,7 +794,7 @@ KeyValues* KeyValues::MakeCopy() const {
   copy->m_iDataType = m_iDataType;
   copy->m_bHasEscapeSequences = m_bHasEscapeSequences;
   copy->m_pValue = m_pValue;
-  if (m_sValue) copy->m_sValue = CopyText(m_sValue);
+  if (m_sValue) copy->m_sValue = NewValueText(m_sValue);
   KeyValues* last = nullptr;
   for (KeyValues* sub = m_pSub; sub; sub = sub->m_pPeer) {
     KeyValues* subCopy = sub->MakeCopy();
@@ -495,15 +828,15 @@ void KeyValues::RecursiveCopyKeyValues(KeyValues& source) {
       char buf[64];
       switch (src->m_iDataType) {
         case TYPE_STRING:
-          dest->m_sValue = CopyText(src->m_sValue ? src->m_sValue : "");
+          dest->m_sValue = NewValueText(src->m_sValue ? src->m_sValue : "");
           break;
         case TYPE_INT:
           snprintf(buf, sizeof buf, "%d", src->m_iValue);
-          dest->m_sValue = CopyText(buf);
+          dest->m_sValue = NewValueText(buf);
           break;
         case TYPE_FLOAT:
           snprintf(buf, sizeof buf, "%f", double(src->m_flValue));
-          dest->m_sValue = CopyText(buf);
+          dest->m_sValue = NewValueText(buf);
           break;
         default:
           break;
@@ -527,6 +860,14 @@ bool KeyValues::LoadFromFile(IBaseFileSystem* filesystem, const char* resourceNa
   FileHandle_t file = filesystem->Open(resourceName, "rb", pathID);
   if (!file) return false;
   int size = int(filesystem->Size(file));
+  if (s_includes.depth > 0) {
+    s_includes.bytes += size_t(std::max(size, 0));
+    if (s_includes.bytes > kMaxIncludedBytes) {
+      filesystem->Close(file);
+      StopIncludes();
+      return false;
+    }
+  }
   char* text = static_cast<char*>(MemAllocScratch(size + 1));
   int read = filesystem->Read(text, size, file);
   text[std::max(0, std::min(read, size))] = '\0';
@@ -536,11 +877,10 @@ bool KeyValues::LoadFromFile(IBaseFileSystem* filesystem, const char* resourceNa
   return ok;
 }
 
-namespace {
-
-void ParseIncludedKeys(const char* resourceName, const char* includeName, IBaseFileSystem* filesystem,
-                       const char* pathID, bool escapes, KeyValues** list, int& listCount, int listMax) {
-  if (!filesystem) return;
+// Reads the file `includeName` beside `resourceName` into a new tree; null when it can't be read.
+KeyValues* KeyValues::ParseIncludedKeys(const char* resourceName, const char* includeName,
+                                        IBaseFileSystem* filesystem, const char* pathID, int listCount) {
+  if (!filesystem || s_includes.exhausted) return nullptr;
   char path[512];
   Q_strncpy(path, resourceName ? resourceName : "", sizeof path);
   char* slash = std::max(strrchr(path, '/'), strrchr(path, '\\'));
@@ -551,29 +891,30 @@ void ParseIncludedKeys(const char* resourceName, const char* includeName, IBaseF
   size_t used = strlen(path);
   Q_strncpy(path + used, includeName, int(sizeof path - used));
 
-  if (s_includeDepth >= kMaxIncludeDepth || listCount >= listMax) {
+  if (s_includes.depth >= kMaxIncludeDepth || listCount >= kMaxIncludesPerFile) {
     DevMsg(1, "KeyValues::ParseIncludedKeys: Couldn't load included keyvalue file %s\n", path);
-    return;
+    return nullptr;
+  }
+  if (++s_includes.files > kMaxIncludedFiles) {
+    StopIncludes();
+    return nullptr;
   }
   KeyValues* included = new KeyValues(path);
-  ++s_includeDepth;
+  included->m_bHasEscapeSequences = m_bHasEscapeSequences;
+  ++s_includes.depth;
   bool ok = included->LoadFromFile(filesystem, path, pathID);
-  --s_includeDepth;
-  (void)escapes;
-  if (ok) {
-    list[listCount++] = included;
-  } else {
+  --s_includes.depth;
+  if (ok) return included;
+  if (!s_includes.exhausted)
     DevMsg(1, "KeyValues::ParseIncludedKeys: Couldn't load included keyvalue file %s\n", path);
-    included->deleteThis();
-  }
+  included->deleteThis();
+  return nullptr;
 }
-
-}  // namespace
 
 bool KeyValues::LoadFromBuffer(const char* resourceName, const char* buffer, IBaseFileSystem* filesystem,
                                const char* pathID) {
-  constexpr int kMaxIncludes = 64;
-  KeyValues* includes[kMaxIncludes];
+  if (s_includes.depth == 0) s_includes = IncludeBudget{0, 0, 0, false, resourceName ? resourceName : ""};
+  KeyValues* includes[kMaxIncludesPerFile];
   int includeCount = 0;
 
   s_errors.fileName = resourceName ? resourceName : "";
@@ -581,19 +922,19 @@ bool KeyValues::LoadFromBuffer(const char* resourceName, const char* buffer, IBa
 
   KeyValues* current = this;
   KeyValues* previous = nullptr;
-  const char* position = buffer;
-  while (position) {
+  KeyValuesLexer lexer(buffer);
+  while (!lexer.Stopped() && !s_includes.exhausted) {
     bool quoted;
-    const char* token = ReadToken(position, quoted, m_bHasEscapeSequences);
-    if (!position || !token || !token[0]) break;
+    const char* token = lexer.Next(quoted);
+    if (lexer.Stopped() || !token || !token[0]) break;
 
     if (Q_strcasecmp(token, "#include") == 0) {
-      token = ReadToken(position, quoted, m_bHasEscapeSequences);
+      token = lexer.Next(quoted);
       if (token && token[0]) {
         char name[kTokenSize];
         Q_strncpy(name, token, sizeof name);
-        ParseIncludedKeys(resourceName, name, filesystem, pathID, m_bHasEscapeSequences, includes, includeCount,
-                          kMaxIncludes);
+        if (KeyValues* included = ParseIncludedKeys(resourceName, name, filesystem, pathID, includeCount))
+          includes[includeCount++] = included;
         s_errors.fileName = resourceName ? resourceName : "";
       } else {
         s_errors.Report("#include is NULL ");
@@ -609,9 +950,9 @@ bool KeyValues::LoadFromBuffer(const char* resourceName, const char* buffer, IBa
       node->m_bHasEscapeSequences = m_bHasEscapeSequences;
       if (previous) previous->SetNextKey(node);
     }
-    token = ReadToken(position, quoted, m_bHasEscapeSequences);
-    if (token && token[0] == '{' && !token[1] && !quoted)
-      node->RecursiveLoadFromBuffer(resourceName, position, 0);
+    token = lexer.Next(quoted);
+    if (token && IsBrace(token, quoted, '{'))
+      node->RecursiveLoadFromBuffer(lexer, 0);
     else
       s_errors.Report("LoadFromBuffer: missing {");
     previous = node;
@@ -629,7 +970,9 @@ bool KeyValues::LoadFromBuffer(const char* resourceName, const char* buffer, IBa
   return true;
 }
 
-void KeyValues::RecursiveLoadFromBuffer(const char* resourceName, const char*& position, int depth) {
+// Reads the body of this node up to its closing brace. A fault stops the lexer, except a "}" in place of a
+// value, after which the reader above goes on.
+void KeyValues::RecursiveLoadFromBuffer(KeyValuesLexer& lexer, int depth) {
   s_errors.Push(m_iKeyName);
   int keyEntry = s_errors.Push(-1);
   KeyValues* last = m_pSub;
@@ -637,20 +980,21 @@ void KeyValues::RecursiveLoadFromBuffer(const char* resourceName, const char*& p
 
   for (;;) {
     bool quoted;
-    const char* token = ReadToken(position, quoted, m_bHasEscapeSequences);
+    const char* token = lexer.Next(quoted);
     if (!token) {
       s_errors.Report("RecursiveLoadFromBuffer:  got EOF instead of keyname");
-      position = nullptr;
+      lexer.Stop();
       break;
     }
     if (!token[0]) {
       s_errors.Report("RecursiveLoadFromBuffer:  got empty keyname");
-      position = nullptr;
+      lexer.Stop();
       break;
     }
-    if (token[0] == '}' && !token[1] && !quoted) break;
+    if (IsBrace(token, quoted, '}')) break;
 
-    KeyValues* key = new KeyValues(token);
+    KeyValues* key = new KeyValues(nullptr);
+    key->m_iKeyName = lexer.Symbol();
     key->m_bHasEscapeSequences = m_bHasEscapeSequences;
     if (last)
       last->m_pPeer = key;
@@ -659,45 +1003,47 @@ void KeyValues::RecursiveLoadFromBuffer(const char* resourceName, const char*& p
     last = key;
     s_errors.Reset(keyEntry, key->m_iKeyName);
 
-    token = ReadToken(position, quoted, m_bHasEscapeSequences);
+    token = lexer.Next(quoted);
     if (!token) {
       s_errors.Report("RecursiveLoadFromBuffer:  got NULL key");
       break;
     }
-    if (token[0] == '}' && !token[1] && !quoted) {
+    if (IsBrace(token, quoted, '}')) {
       s_errors.Report("RecursiveLoadFromBuffer:  got } in key");
       break;
     }
-    if (token[0] == '{' && !token[1] && !quoted) {
+    if (IsBrace(token, quoted, '{')) {
       if (depth + 1 >= kMaxNesting) {
         s_errors.Report("RecursiveLoadFromBuffer:  nesting too deep");
-        position = nullptr;
+        lexer.Stop();
         break;
       }
-      key->RecursiveLoadFromBuffer(resourceName, position, depth + 1);
-      if (!position) break;
+      key->RecursiveLoadFromBuffer(lexer, depth + 1);
+      if (lexer.Stopped()) break;
       continue;
     }
-
-    // The value's type: an integer if the whole token is one, a float if it is a decimal number, else text.
-    char* intEnd = nullptr;
-    errno = 0;
-    long asLong = token[0] ? strtol(token, &intEnd, 10) : 0;
-    bool isInt = token[0] && *intEnd == '\0' && errno == 0 && asLong >= INT_MIN && asLong <= INT_MAX;
-    bool wholeInt = token[0] && *intEnd == '\0';
-    if (isInt) {
-      key->m_iValue = int(asLong);
-      key->m_iDataType = TYPE_INT;
-    } else if (!wholeInt && token[0] && IsDecimalNumber(token)) {
-      key->m_flValue = strtof(token, nullptr);
-      key->m_iDataType = TYPE_FLOAT;
-    } else {
-      key->m_sValue = CopyText(token);
-      key->m_iDataType = TYPE_STRING;
-    }
+    key->SetValueFromToken(token, lexer.Length());
   }
   s_errors.Pop();
   s_errors.Pop();
+}
+
+void KeyValues::SetValueFromToken(const char* token, size_t length) {
+  int asInt = 0;
+  switch (ClassifyValue(token, asInt)) {
+    case ValueKind::kInt:
+      m_iValue = asInt;
+      m_iDataType = TYPE_INT;
+      break;
+    case ValueKind::kFloat:
+      m_flValue = DecimalToFloat(token);
+      m_iDataType = TYPE_FLOAT;
+      break;
+    case ValueKind::kText:
+      m_sValue = NewValueText(token, length);
+      m_iDataType = TYPE_STRING;
+      break;
+  }
 }
 
 // ---- the text format: writing ----
@@ -709,62 +1055,48 @@ bool KeyValues::SaveToFile(IBaseFileSystem* filesystem, const char* resourceName
            resourceName ? resourceName : "NULL", pathID ? pathID : "NULL");
     return false;
   }
+  // The whole text is built first, so that a large group costs one write.
   std::string text;
   text.reserve(4096);
-  // The writer builds the whole text first, so that a large group costs one write.
-  struct Writer {
-    static void Tabs(std::string& out, int n) { out.append(size_t(n), '\t'); }
-    static void Node(std::string& out, KeyValues* node, int indent) {
-      bool escapes = node->m_bHasEscapeSequences;
-      Tabs(out, indent);
-      out += '"';
-      AppendConverted(out, node->GetName(), escapes);
-      out += "\"\n";
-      Tabs(out, indent);
-      out += "{\n";
-      for (KeyValues* sub = node->m_pSub; sub; sub = sub->m_pPeer) {
-        if (sub->m_pSub) {
-          Node(out, sub, indent + 1);
-          continue;
-        }
-        char number[64];
-        switch (sub->m_iDataType) {
-          case TYPE_STRING:
-            if (sub->m_sValue && sub->m_sValue[0]) {
-              Tabs(out, indent + 1);
-              out += '"';
-              AppendConverted(out, sub->GetName(), escapes);
-              out += "\"\t\t\"";
-              AppendConverted(out, sub->m_sValue, escapes);
-              out += "\"\n";
-            }
-            break;
-          case TYPE_INT:
-          case TYPE_FLOAT:
-            if (sub->m_iDataType == TYPE_INT)
-              snprintf(number, sizeof number, "%d", sub->m_iValue);
-            else
-              snprintf(number, sizeof number, "%f", double(sub->m_flValue));
-            Tabs(out, indent + 1);
-            out += '"';
-            out += sub->GetName();
-            out += "\"\t\t\"";
-            out += number;
-            out += "\"\n";
-            break;
-          case TYPE_COLOR:
-            DevMsg(1, "KeyValues::RecursiveSaveToFile: TODO, missing code for TYPE_COLOR.\n");
-            break;
-          default:
-            break;
-        }
-      }
-      Tabs(out, indent);
-      out += "}\n";
-    }
-  };
-  Writer::Node(text, this, 0);
+  RecursiveSaveToFile(text, 0);
   filesystem->Write(text.data(), int(text.size()), file);
   filesystem->Close(file);
   return true;
+}
+
+void KeyValues::RecursiveSaveToFile(std::string& out, int indent) {
+  const bool escapes = m_bHasEscapeSequences;
+  AppendTabs(out, indent);
+  out += '"';
+  AppendConverted(out, GetName(), escapes);
+  out += "\"\n";
+  AppendTabs(out, indent);
+  out += "{\n";
+  for (KeyValues* sub = m_pSub; sub; sub = sub->m_pPeer) {
+    if (sub->m_pSub) {
+      sub->RecursiveSaveToFile(out, indent + 1);
+      continue;
+    }
+    char number[64];
+    switch (sub->m_iDataType) {
+      case TYPE_STRING:
+        if (sub->m_sValue && sub->m_sValue[0]) AppendPair(out, indent + 1, sub->GetName(), sub->m_sValue, true, escapes);
+        break;
+      case TYPE_INT:
+        snprintf(number, sizeof number, "%d", sub->m_iValue);
+        AppendPair(out, indent + 1, sub->GetName(), number, false, escapes);
+        break;
+      case TYPE_FLOAT:
+        snprintf(number, sizeof number, "%f", double(sub->m_flValue));
+        AppendPair(out, indent + 1, sub->GetName(), number, false, escapes);
+        break;
+      case TYPE_COLOR:
+        DevMsg(1, "KeyValues::RecursiveSaveToFile: TODO, missing code for TYPE_COLOR.\n");
+        break;
+      default:
+        break;
+    }
+  }
+  AppendTabs(out, indent);
+  out += "}\n";
 }

@@ -6,10 +6,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "basetypes.h"
 
 class IBaseFileSystem;
+class KeyValuesLexer;
 
 class KeyValues {
 public:
@@ -93,8 +95,12 @@ public:
 
 private:
   ~KeyValues();
-  void RemoveEverything();
-  void RecursiveLoadFromBuffer(const char* resourceName, const char*& position, int depth);
+  static void DestroyChain(KeyValues* node);
+  KeyValues* ParseIncludedKeys(const char* resourceName, const char* includeName, IBaseFileSystem* filesystem,
+                               const char* pathID, int listCount);
+  void RecursiveLoadFromBuffer(KeyValuesLexer& lexer, int depth);
+  void SetValueFromToken(const char* token, size_t length);
+  void RecursiveSaveToFile(std::string& out, int indent);
   void ClearValue();
 
   int m_iKeyName = -1;

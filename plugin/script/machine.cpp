@@ -3,6 +3,7 @@
 // tw__eb) plus tw_xdoblock/tw_doblock.
 #include "script/machine.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,6 +24,17 @@ namespace {
 constexpr size_t kByteStackStart = 32;
 constexpr size_t kPointerStackStart = 8;
 
+// "tw__ip <handle>\n", the command that runs a line: written by hand, as every script line pays for it.
+struct StepCommand {
+  char text[48];
+  explicit StepCommand(LineHandle handle) {
+    memcpy(text, "tw__ip ", 7);
+    char* end = std::to_chars(text + 7, text + sizeof text - 2, handle).ptr;
+    end[0] = '\n';
+    end[1] = '\0';
+  }
+};
+
 template <class T>
 void PopInto(std::vector<T>& stack, T& field) {
   if (stack.empty()) return;  // a stray tw__eb leaves the field as it is
@@ -37,16 +49,14 @@ void QueueFirstLine(const Instruction& start, const char* name) {
     ImmediateExecuteCommand(start.cmd);
     return;
   }
-  char next[48];
-  snprintf(next, sizeof next, "tw__ip %llu\n", static_cast<unsigned long long>(start.next->handle));
-  ImmediateExecuteCommand(next);
+  ImmediateExecuteCommand(StepCommand(start.next->handle).text);
   ImmediateExecuteCommand(start.cmd);
 }
 
 void FillInstruction(const CBlock* block, Instruction& instruction) {
   instruction.cmd = block->firstLine->text;
   instruction.next = block->firstLine->next;
-  instruction.line = block->firstLine->fileName;
+  instruction.line = block->FileName();
 }
 
 }  // namespace
@@ -159,9 +169,10 @@ bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
   if (!line) return false;
   instruction.cmd = line->text;
   instruction.next = line->next;
-  instruction.line = line->fileName;
-  DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
-         static_cast<unsigned long long>(handle), instruction.cmd);
+  instruction.line = line->block->FileName();
+  if (g_cached.debug >= 6)
+    DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
+           static_cast<unsigned long long>(handle), instruction.cmd);
   return instruction.next != nullptr;
 }
 
@@ -218,19 +229,27 @@ void BeginAllScriptEvents(const char* name) {
 
 namespace {
 
+// The handle as strtoull reads it; a text of digits alone, the usual case, is read here.
+LineHandle ReadHandle(const char* text) {
+  constexpr int kSafeDigits = 19;  // fewer can't pass 64 bits
+  LineHandle value = 0;
+  int digits = 0;
+  for (; text[digits] >= '0' && text[digits] <= '9' && digits < kSafeDigits; ++digits)
+    value = value * 10 + LineHandle(text[digits] - '0');
+  return text[digits] == '\0' && digits > 0 ? value : strtoull(text, nullptr, 10);
+}
+
 // tw__ip <line handle>: runs that line, with the tw__ip of its successor behind it. A line without a
 // successor (a block's end line), and a handle of no live line, only mark that no script runs.
 void InstructionPointer_f() {
   ip.next = nullptr;
-  LineHandle handle = strtoull(engine->Cmd_Args(), nullptr, 10);
+  LineHandle handle = ReadHandle(engine->Cmd_Args());
   if (!ExecNextInstruction(handle, ip)) {
     if (!g_lineHandles.Get(handle)) g_scriptMachine.CloseDeadFrames();
     ClearInstruction();
     return;
   }
-  char next[48];
-  snprintf(next, sizeof next, "tw__ip %llu\n", static_cast<unsigned long long>(ip.next->handle));
-  ImmediateExecuteCommand(next);
+  ImmediateExecuteCommand(StepCommand(ip.next->handle).text);
   if (g_cached.debug >= 7) DbgMsg(7, "ip.cmd: %s\nip.line: %s\n", ip.cmd, ip.line);
   if (g_cached.scripttrace == 1) {
     const bool internal = strlen(ip.cmd) > 3 && ip.cmd[2] == '_' && ip.cmd[3] == '_';

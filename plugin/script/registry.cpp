@@ -92,8 +92,8 @@ void CScriptRegistry::UnlinkEvent(CBlock* block) {
     return;
   }
   DbgMsg(4, "%s: head event, we have to remove the hash entry\n", block->name);
-  NameTable<CBlock*>::Handle entry = m_events.Find(block->baseName);
-  if (entry != NameTable<CBlock*>::kNotFound && *m_events.Get(entry) == block) {
+  BlockTable::Handle entry = m_events.Find(block->baseName);
+  if (entry != BlockTable::kNotFound && *m_events.Get(entry) == block) {
     m_events.Remove(entry);
     DbgMsg(4, "%s: head event, we removed the hash entry\n", block->name);
   }
@@ -109,8 +109,8 @@ void CScriptRegistry::UnlinkEvent(CBlock* block) {
 // Takes the block out of both tables. An entry of the block table is removed only when it names this very
 // block: with two blocks of one name, the entry belongs to the first.
 void CScriptRegistry::RemoveBlock(CBlock* block) {
-  NameTable<CBlock*>::Handle entry = m_blocks.Find(block->name);
-  if (entry != NameTable<CBlock*>::kNotFound && *m_blocks.Get(entry) == block) m_blocks.Remove(entry);
+  BlockTable::Handle entry = m_blocks.Find(block->name);
+  if (entry != BlockTable::kNotFound && *m_blocks.Get(entry) == block) m_blocks.Remove(entry);
   if (block->isEvent) UnlinkEvent(block);
 }
 

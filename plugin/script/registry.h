@@ -40,6 +40,8 @@ private:
   void RemoveBlock(CBlock* block);
 
   CScript* m_scripts = nullptr;
-  NameTable<CBlock*> m_blocks{false};
-  NameTable<CBlock*> m_events{false};
+  // Keyed by the blocks' own names, which live as long as their entries.
+  using BlockTable = NameTable<CBlock*, const char*>;
+  BlockTable m_blocks{false};
+  BlockTable m_events{false};
 };

@@ -1,11 +1,16 @@
-// Script files and their compiled form: CScriptLine, CBlock, CScript, the reader of script text and
-// LoadAddonFile. Finding scripts and blocks by name is the registry's (registry.cpp).
+// Script files and their compiled form: CScriptLine, CBlock, CScript in the script's arena, the reader of
+// script text and LoadAddonFile. Finding scripts and blocks by name is the registry's (registry.cpp).
 #include "script/scriptfile.h"
 
+#include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
+#include <new>
+#include <string_view>
 #include <vector>
 
 #include "filesystem.h"
@@ -27,6 +32,16 @@ bool CopyBounded(char* out, size_t size, const char* text) {
   return fits;
 }
 
+// Writes the pieces one after another into `out` of `size` bytes, cut to fit.
+void Join(char* out, size_t size, std::initializer_list<std::string_view> pieces) {
+  size_t length = 0;
+  for (std::string_view piece : pieces) {
+    if (length < size) memcpy(out + length, piece.data(), std::min(piece.size(), size - 1 - length));
+    length += piece.size();
+  }
+  out[std::min(length, size - 1)] = '\0';
+}
+
 void TrimBothEnds(char* text) {
   size_t n = strlen(text);
   while (n > 0 && isspace(static_cast<unsigned char>(text[n - 1]))) text[--n] = '\0';
@@ -37,54 +52,90 @@ void TrimBothEnds(char* text) {
 
 }  // namespace
 
-// ---- lines and blocks ----
+// ---- memory ----
 
-CScriptLine::CScriptLine(CBlock* owner, const char* lineText, const char* file, int number)
-    : text(CopyText(lineText)), block(owner), fileName(file), lineNumber(number), handle(g_lineHandles.Add(this)) {}
-
-CScriptLine::~CScriptLine() {
-  g_lineHandles.Remove(handle);
-  // A script can be removed while its line is the current instruction (a block that unloads its own
-  // script): reports must not read the released text.
-  if (ip.cmd == text || ip.next == this) ClearInstruction();
-  free(text);
+ScriptArena::~ScriptArena() {
+  while (m_chunk) {
+    Chunk* previous = m_chunk->previous;
+    free(m_chunk);
+    m_chunk = previous;
+  }
 }
+
+// Chunks grow with the script, from 4 KB to 1 MB, so that a small script stays small and a large one
+// costs few allocations.
+void* ScriptArena::Allocate(size_t bytes, size_t alignment) {
+  constexpr size_t kLargestChunk = size_t(1) << 20;
+  uintptr_t at = (reinterpret_cast<uintptr_t>(m_next) + alignment - 1) & ~uintptr_t(alignment - 1);
+  if (!m_next || at + bytes > reinterpret_cast<uintptr_t>(m_end)) {
+    const size_t room = std::max(m_nextChunkBytes, bytes + alignment);
+    m_nextChunkBytes = std::min(m_nextChunkBytes * 2, kLargestChunk);
+    auto* chunk = static_cast<Chunk*>(malloc(sizeof(Chunk) + room));
+    if (!chunk) abort();
+    chunk->previous = m_chunk;
+    m_chunk = chunk;
+    m_next = reinterpret_cast<char*>(chunk + 1);
+    m_end = m_next + room;
+    at = (reinterpret_cast<uintptr_t>(m_next) + alignment - 1) & ~uintptr_t(alignment - 1);
+  }
+  m_next = reinterpret_cast<char*>(at + bytes);
+  return reinterpret_cast<void*>(at);
+}
+
+const char* ScriptArena::Copy(const char* text) {
+  const size_t n = strlen(text) + 1;
+  char* copy = static_cast<char*>(Allocate(n, 1));
+  memcpy(copy, text, n);
+  return copy;
+}
+
+// ---- lines and blocks ----
 
 CBlock::CBlock(const char* fullName, CScript* owner, bool event) : script(owner), isEvent(event) {
   DbgMsg(5, "Name: %s\n", fullName);
-  CopyBounded(name, sizeof name, fullName);
+  char bounded[MAX_BLOCK_NAME];
+  CopyBounded(bounded, sizeof bounded, fullName);
+  name = owner->arena.Copy(bounded);
   const char* slash = strrchr(name, '/');
   baseName = slash ? slash + 1 : name;
   DbgMsg(5, "CBlock: Basename: %s\n", baseName);
   char first[MAX_BLOCK_NAME + 16];
-  snprintf(first, sizeof first, "tw__sb %s\n", name);
-  firstLine = lastLine = new CScriptLine(this, first, owner ? owner->fileName : "tw_unknown.txt",
-                                         owner ? owner->lineNumber : 0);
+  Join(first, sizeof first, {"tw__sb ", name, "\n"});
+  firstLine = lastLine = NewLine(owner->arena.Copy(first));
   handle = g_blockHandles.Add(this);
+  if (!handle) owner->handlesRefused = true;
 }
 
+// Handles go back in the order they were taken, the block's first, then its lines'.
 CBlock::~CBlock() {
   g_blockHandles.Remove(handle);
-  for (CScriptLine* line = firstLine; line;) {
-    CScriptLine* following = line->next;
-    delete line;
-    line = following;
-  }
+  for (CScriptLine* line = firstLine; line; line = line->next) g_lineHandles.Remove(line->handle);
 }
 
-int CBlock::AddLine(const char* lineText, int number) {
+CScriptLine* CBlock::NewLine(const char* text) {
+  void* memory = script->arena.Allocate(sizeof(CScriptLine), alignof(CScriptLine));
+  auto* line = new (memory) CScriptLine{text, this, nullptr, HandleTable<CScriptLine>::kNone};
+  line->handle = g_lineHandles.Add(line);
+  if (!line->handle) script->handlesRefused = true;
+  return line;
+}
+
+int CBlock::AddLine(const char* lineText, int number, bool shared) {
   if (closed || !lineText) return -1;
   ++lineCount;
-  CScriptLine* line = new CScriptLine(this, lineText, lastLine->fileName, number);
+  CScriptLine* line = NewLine(shared ? lineText : script->arena.Copy(lineText));
   lastLine->next = line;
   lastLine = line;
   DbgMsg(7, "Added block line #%d to block %s:\n  %s", number, name, lineText);
   return lineCount;
 }
 
+const char* CBlock::FileName() const { return script->fileName; }
+
+// The two end lines are the same text in every block.
 int CBlock::CloseBlock() {
-  AddLine("tw__eb\n\n", -1);
-  AddLine("\n", -1);
+  AddLine("tw__eb\n\n", -1, true);
+  AddLine("\n", -1, true);
   closed = true;
   return lineCount;
 }
@@ -102,9 +153,12 @@ CScript::CScript(const char* scriptName) : name(CopyText(scriptName)) {
 CScript::~CScript() {
   for (CBlock* block = firstBlock; block;) {
     CBlock* following = block->next;
-    delete block;
+    block->~CBlock();
     block = following;
   }
+  // A script can be removed while its line is the current instruction (a block that unloads its own
+  // script): reports must not read the released texts.
+  if (ip.line == fileName) ClearInstruction();
   free(fileName);
   free(name);
 }
@@ -159,13 +213,13 @@ CBlock* CScript::OpenBlock(const char* sectionName, bool isEvent) {
   ++blockCount;
   char fullName[MAX_SCRIPT_NAME + MAX_SECTION_NAME + 16];
   if (sectionName)
-    snprintf(fullName, sizeof fullName, "%s/%s", name, sectionName);
+    Join(fullName, sizeof fullName, {name, "/", sectionName});
   else
     snprintf(fullName, sizeof fullName, "%s.b%d", name, blockCount);
   if (strlen(fullName) >= MAX_BLOCK_NAME)
     DbgMsg(0, "[Tidewright] Block name too long in %s, cut to %d characters: %.*s\n", fileName,
            MAX_BLOCK_NAME - 1, MAX_BLOCK_NAME - 1, fullName);
-  return new CBlock(fullName, this, sectionName ? isEvent : false);
+  return new (arena.Allocate(sizeof(CBlock), alignof(CBlock))) CBlock(fullName, this, sectionName ? isEvent : false);
 }
 
 void CScript::AppendBlock(CBlock* block) {
@@ -207,7 +261,7 @@ void CScript::CreateBlocks(Reader& reader, bool isEvent, const char* sectionName
     } else if (*p == '{') {
       open.push_back(OpenBlock(nullptr, false));
     } else {
-      snprintf(text, sizeof text, "%s\n", p);
+      Join(text, sizeof text, {p, "\n"});
       open.back()->AddLine(text, lineNumber);
     }
   }
@@ -264,7 +318,11 @@ void LoadAddonFile(const char* name) {
   CScript* script = new CScript(scriptName);
   CompileFile(script, file, path);
   DbgMsg(1, "[Tidewright] Loading file... \n");
-  if (g_scriptMachine.registry.AddScript(script)) {
+  if (script->handlesRefused) {
+    DbgMsg(0, "[Tidewright] Load script failed: more lines or blocks are loaded than handles can name (%d of each). "
+           "%s\n", int(HandleTable<CScriptLine>::kMaxSlots), scriptName);
+    delete script;
+  } else if (g_scriptMachine.registry.AddScript(script)) {
     DbgMsg(0, "[Tidewright] Loaded %s\n", script->name);
     char load[MAX_SCRIPT_NAME + 32];
     snprintf(load, sizeof load, "tw__db %s/load\n", script->name);

@@ -27,21 +27,39 @@ using BlockHandle = HandleTable<CBlock>::Handle;
 extern HandleTable<CScriptLine> g_lineHandles;
 extern HandleTable<CBlock> g_blockHandles;
 
-class CScriptLine {
+// Memory of one script: its blocks, their lines and texts, carved one after another and given back all
+// together when the script goes.
+class ScriptArena {
 public:
-  CScriptLine(CBlock* owner, const char* lineText, const char* file, int number);
-  ~CScriptLine();
-  CScriptLine(const CScriptLine&) = delete;
-  CScriptLine& operator=(const CScriptLine&) = delete;
+  ScriptArena() = default;
+  ~ScriptArena();
+  ScriptArena(const ScriptArena&) = delete;
+  ScriptArena& operator=(const ScriptArena&) = delete;
 
-  char* text;              // the command with its line feed
-  CBlock* block;
-  CScriptLine* next = nullptr;
-  const char* fileName;    // "tw_<script>.txt", owned by the script
-  int lineNumber;          // the script's line counter when read; -1 on the generated end lines
-  LineHandle handle;
+  void* Allocate(size_t bytes, size_t alignment);
+  const char* Copy(const char* text);
+
+private:
+  struct Chunk {
+    Chunk* previous;
+  };
+  Chunk* m_chunk = nullptr;
+  char* m_next = nullptr;
+  char* m_end = nullptr;
+  size_t m_nextChunkBytes = 4096;
 };
 
+// One line of a block, in its script's arena. Its file is its block's script's.
+class CScriptLine {
+public:
+  const char* text;        // the command with its line feed
+  CBlock* block;
+  CScriptLine* next;       // null on the block's last line
+  LineHandle handle;       // kNone when the table had none left
+};
+
+// A compiled block, in its script's arena: the generated first line, the lines of the source, then
+// "tw__eb" and the end line, which has no successor.
 class CBlock {
 public:
   CBlock(const char* fullName, CScript* owner, bool event);
@@ -49,23 +67,28 @@ public:
   CBlock(const CBlock&) = delete;
   CBlock& operator=(const CBlock&) = delete;
 
-  // Appends a line; the new line count, or -1 when the block is closed or text is null.
-  int AddLine(const char* lineText, int number);
+  // Appends a line; the new line count, or -1 when the block is closed or text is null. A text that
+  // `shared` marks lives as long as the program and isn't copied.
+  int AddLine(const char* lineText, int number, bool shared = false);
   // Adds "tw__eb" and the end line, which has no successor, and closes the block.
   int CloseBlock();
+  const char* FileName() const;
 
   CScript* script;
   CBlock* next = nullptr;
   CBlock* nextEvent = nullptr;
   CBlock* prevEvent = nullptr;
-  const char* baseName;
+  const char* name;        // the full name, cut to MAX_BLOCK_NAME - 1 characters
+  const char* baseName;    // behind the last '/' of the name
   CScriptLine* firstLine;
   CScriptLine* lastLine;
   int lineCount = 0;
   bool closed = false;
   bool isEvent;
   BlockHandle handle;
-  char name[MAX_BLOCK_NAME];
+
+private:
+  CScriptLine* NewLine(const char* text);
 };
 
 class CScript {
@@ -86,6 +109,8 @@ public:
   int blockCount = 0;
   bool enabled = true;
   int lineNumber = 0;
+  bool handlesRefused = false;  // a block or line found no handle left: such a script is refused
+  ScriptArena arena;
 
 private:
   struct Reader;

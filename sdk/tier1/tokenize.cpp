@@ -1,44 +1,47 @@
 // The console tokenizer shared by the engine and plugins: break characters, quotes and comments.
 #include "tier1/tokenize.h"
 
+#include <cstring>
 #include <initializer_list>
 
 namespace {
 
-// One flag per byte value; bytes with the high bit set are ordinary characters.
+// One flag per byte value; bytes with the high bit set are ordinary characters. `endsWord` also marks the
+// bytes that end a plain token: white space, the end of the text and the break characters.
 struct BreakSet {
   bool flags[256] = {};
-  BreakSet() {
-    for (unsigned char c : {'{', '}', '(', ')', '\'', ':'}) flags[c] = true;
+  bool endsWord[256] = {};
+  constexpr BreakSet() {
+    for (unsigned char c : {'{', '}', '(', ')', '\'', ':'}) flags[c] = endsWord[c] = true;
+    for (int c = 0; c <= 32; ++c) endsWord[c] = true;
   }
 };
-
-const BreakSet& Breaks() {
-  static const BreakSet set;
-  return set;
-}
+constexpr BreakSet kBreaks;
 
 inline bool IsSpace(unsigned char c) { return c >= 1 && c <= 32; }
 
-// Appends c while room remains; a cut token still consumes its characters.
-struct TokenWriter {
-  char* out;
-  int room;
-  int len = 0;
-  void Put(char c) {
-    if (len < room) out[len++] = c;
-  }
-  void End() { out[len] = '\0'; }
-};
+// Copies [begin, end) into out while room remains and ends it; a cut token still consumes its characters.
+int WriteToken(const unsigned char* begin, const unsigned char* end, char* out, int room) {
+  int n = int(end - begin) < room ? int(end - begin) : room;
+  memcpy(out, begin, size_t(n));
+  out[n] = '\0';
+  return n;
+}
 
 }  // namespace
 
-bool IsBreakChar(unsigned char c) { return Breaks().flags[c]; }
+bool IsBreakChar(unsigned char c) { return kBreaks.flags[c]; }
 
 const char* ParseToken(const char* text, char* out, int outSize) {
+  int length;
+  return ParseToken(text, out, outSize, length);
+}
+
+const char* ParseToken(const char* text, char* out, int outSize, int& length) {
   out[0] = '\0';
+  length = 0;
   if (!text) return nullptr;
-  const BreakSet& breaks = Breaks();
+  const BreakSet& breaks = kBreaks;
   const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
 
   for (;;) {
@@ -57,20 +60,18 @@ const char* ParseToken(const char* text, char* out, int outSize) {
     break;
   }
 
-  TokenWriter w{out, outSize - 1};
+  const unsigned char* begin = p;
   if (*p == '"') {
-    ++p;
-    while (*p && *p != '"') w.Put(char(*p++));
+    begin = ++p;
+    while (*p && *p != '"') ++p;
+    length = WriteToken(begin, p, out, outSize - 1);
     if (*p == '"') ++p;
-    w.End();
     return reinterpret_cast<const char*>(p);
   }
-  if (breaks.flags[*p]) {
-    w.Put(char(*p++));
-    w.End();
-    return reinterpret_cast<const char*>(p);
-  }
-  while (*p && !IsSpace(*p) && !breaks.flags[*p]) w.Put(char(*p++));
-  w.End();
+  if (breaks.flags[*p])
+    ++p;
+  else
+    while (!breaks.endsWord[*p]) ++p;
+  length = WriteToken(begin, p, out, outSize - 1);
   return reinterpret_cast<const char*>(p);
 }

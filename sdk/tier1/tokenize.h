@@ -12,3 +12,5 @@ bool IsBreakChar(unsigned char c);
 // Reads the next token of `text` into `out` (outSize bytes, at least 1). Gives the position behind the
 // token, or null when `text` holds no further token; `out` is then the empty text.
 const char* ParseToken(const char* text, char* out, int outSize = MAX_TOKEN_CHARS);
+// The same, giving the length of the token written in `length`.
+const char* ParseToken(const char* text, char* out, int outSize, int& length);

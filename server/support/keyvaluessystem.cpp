@@ -1,55 +1,205 @@
 // The key name table and memory of KeyValues. Names are symbols: the same name, ignoring case, gives the
-// same integer everywhere in the process, and a symbol's text is the spelling first seen.
+// same integer everywhere in the process, and a symbol's text is the spelling first seen. Node memory comes
+// from a pool of fixed-size slots that is reused and never given back, as trees are built and dropped by
+// the thousand.
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "vstdlib.h"
 
 namespace {
 
-struct CaseFoldHash {
-  size_t operator()(const std::string& s) const {
-    size_t h = 5381;
-    for (unsigned char c : s) h = h * 33 + size_t(c >= 'A' && c <= 'Z' ? c + 32 : c);
-    return h;
+constexpr unsigned char Fold(unsigned char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
+
+constexpr uint64_t kBytes(unsigned char b) { return 0x0101010101010101ull * b; }
+
+// Eight bytes at once, A-Z turned into a-z; bytes of 0x80 and above stay as they are.
+inline uint64_t FoldWord(uint64_t w) {
+  const uint64_t low7 = w & kBytes(0x7F);
+  const uint64_t aboveZ = low7 + kBytes(0x7F - 'Z');
+  const uint64_t fromA = low7 + kBytes(0x80 - 'A');
+  const uint64_t upper = (fromA ^ aboveZ) & ~w & kBytes(0x80);
+  return w ^ (upper >> 2);
+}
+
+// A case-folding hash over the name's bytes, eight at a time.
+uint32_t HashName(const char* name, size_t length) {
+  uint64_t h = 0x9E3779B97F4A7C15ull ^ length;
+  size_t i = 0;
+  for (; i + 8 <= length; i += 8) {
+    uint64_t w;
+    memcpy(&w, name + i, 8);
+    h = (h ^ FoldWord(w)) * 0xFF51AFD7ED558CCDull;
   }
+  if (i < length) {
+    uint64_t w = 0;
+    for (size_t k = 0; i + k < length; ++k) w |= uint64_t(static_cast<unsigned char>(name[i + k])) << (8 * k);
+    h = (h ^ FoldWord(w)) * 0xFF51AFD7ED558CCDull;
+  }
+  h ^= h >> 32;
+  return uint32_t(h);
+}
+
+// ---- names ----
+
+// Open addressing over (hash, symbol) pairs; the texts live in an arena whose pieces never move, so the
+// text of a symbol is a stable pointer. A name is hashed and compared in place, ignoring case.
+class SymbolTable {
+public:
+  HKeySymbol Find(const char* name) {
+    const size_t length = strlen(name);
+    uint32_t hash = HashName(name, length);
+    if (hash == kEmpty) hash = 1;
+    for (size_t i = hash & m_mask;; i = (i + 1) & m_mask) {
+      Slot& slot = m_slots[i];
+      if (slot.hash == kEmpty) return Insert(slot, hash, name, length);
+      if (slot.hash == hash && SameName(slot.text, name, length)) return slot.symbol;
+    }
+  }
+
+  const char* Text(HKeySymbol symbol) const {
+    return symbol < 0 || size_t(symbol) >= m_texts.size() ? "" : m_texts[size_t(symbol)];
+  }
+
+private:
+  static constexpr uint32_t kEmpty = 0;
+  static constexpr size_t kArenaPiece = 64 * 1024;
+  // The text is kept beside the symbol, so that a name found costs one look at the table and one at its
+  // text.
+  struct Slot {
+    uint32_t hash = kEmpty;
+    HKeySymbol symbol = INVALID_KEY_SYMBOL;
+    const char* text = nullptr;
+  };
+
+  static bool SameName(const char* known, const char* name, size_t length) {
+    for (size_t i = 0; i < length; ++i)
+      if (Fold(static_cast<unsigned char>(known[i])) != Fold(static_cast<unsigned char>(name[i]))) return false;
+    return known[length] == '\0';
+  }
+
+  HKeySymbol Insert(Slot& slot, uint32_t hash, const char* name, size_t length) {
+    HKeySymbol symbol = HKeySymbol(m_texts.size());
+    m_texts.push_back(StoreText(name, length));
+    slot = {hash, symbol, m_texts.back()};
+    if (m_texts.size() * 2 > m_slots.size()) Grow();
+    return symbol;
+  }
+
+  const char* StoreText(const char* name, size_t length) {
+    if (m_arenaFree < length + 1) {
+      size_t piece = length + 1 > kArenaPiece ? length + 1 : kArenaPiece;
+      m_arena.push_back(std::make_unique_for_overwrite<char[]>(piece));
+      m_arenaNext = m_arena.back().get();
+      m_arenaFree = piece;
+    }
+    char* text = m_arenaNext;
+    memcpy(text, name, length + 1);
+    m_arenaNext += length + 1;
+    m_arenaFree -= length + 1;
+    return text;
+  }
+
+  void Grow() {
+    std::vector<Slot> old;
+    old.swap(m_slots);
+    m_slots.resize(old.size() * 2);
+    m_mask = m_slots.size() - 1;
+    for (const Slot& s : old) {
+      if (s.hash == kEmpty) continue;
+      size_t i = s.hash & m_mask;
+      while (m_slots[i].hash != kEmpty) i = (i + 1) & m_mask;
+      m_slots[i] = s;
+    }
+  }
+
+  std::vector<Slot> m_slots = std::vector<Slot>(1024);
+  size_t m_mask = 1023;
+  std::vector<const char*> m_texts;
+  std::vector<std::unique_ptr<char[]>> m_arena;
+  char* m_arenaNext = nullptr;
+  size_t m_arenaFree = 0;
 };
 
-struct CaseFoldEqual {
-  bool operator()(const std::string& a, const std::string& b) const {
-    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+// ---- node memory ----
+
+// Slots of one size in pieces of many; a freed slot goes on a free list for the next node. Each block
+// starts with a word that tells a pool slot from a larger request served by malloc. The sanitizer build
+// takes every block from malloc, so that a node used after it is freed is still caught.
+class NodePool {
+public:
+  void* Alloc(size_t size) {
+#if !defined(TW_SANITIZE)
+    if (size <= kSlotSize - kHeader) return Carve();
+#endif
+    auto* block = static_cast<uint64_t*>(malloc(size + kHeader));
+    if (!block) return nullptr;
+    *block = kFromHeap;
+    return reinterpret_cast<char*>(block) + kHeader;
   }
+
+  void Free(void* memory) {
+    if (!memory) return;
+    auto* block = reinterpret_cast<uint64_t*>(static_cast<char*>(memory) - kHeader);
+    if (*block == kFromHeap) {
+      free(block);
+      return;
+    }
+    auto* slot = reinterpret_cast<FreeSlot*>(block);
+    slot->next = m_free;
+    m_free = slot;
+  }
+
+private:
+  static constexpr size_t kHeader = 8;     // keeps the 8-byte alignment that a node needs
+  static constexpr size_t kSlotSize = 80;  // a node of this build is 72 bytes
+  static constexpr size_t kSlotsPerPiece = 4096;
+  static constexpr uint64_t kFromPool = 0;
+  static constexpr uint64_t kFromHeap = 1;
+
+  struct FreeSlot {
+    FreeSlot* next;
+  };
+
+  void* Carve() {
+    if (!m_free) AddPiece();
+    FreeSlot* slot = m_free;
+    m_free = slot->next;
+    auto* block = reinterpret_cast<uint64_t*>(slot);
+    *block = kFromPool;
+    return reinterpret_cast<char*>(block) + kHeader;
+  }
+
+  void AddPiece() {
+    m_pieces.push_back(std::make_unique_for_overwrite<char[]>(kSlotSize * kSlotsPerPiece));
+    char* piece = m_pieces.back().get();
+    for (size_t i = kSlotsPerPiece; i-- > 0;) {
+      auto* slot = reinterpret_cast<FreeSlot*>(piece + i * kSlotSize);
+      slot->next = m_free;
+      m_free = slot;
+    }
+  }
+
+  FreeSlot* m_free = nullptr;
+  std::vector<std::unique_ptr<char[]>> m_pieces;
 };
 
 class CKeyValuesSystem final : public IKeyValuesSystem {
 public:
-  void* AllocKeyValuesMemory(int size) override { return malloc(size_t(size)); }
-  void FreeKeyValuesMemory(void* memory) override { free(memory); }
+  void* AllocKeyValuesMemory(int size) override { return m_nodes.Alloc(size_t(size > 0 ? size : 1)); }
+  void FreeKeyValuesMemory(void* memory) override { m_nodes.Free(memory); }
 
   HKeySymbol GetSymbolForString(const char* name) override {
-    if (!name) return INVALID_KEY_SYMBOL;
-    m_probe.assign(name);
-    auto it = m_symbols.find(m_probe);
-    if (it != m_symbols.end()) return it->second;
-    HKeySymbol symbol = HKeySymbol(m_names.size());
-    m_names.push_back(std::make_unique<std::string>(m_probe));
-    m_symbols.emplace(m_probe, symbol);
-    return symbol;
+    return name ? m_symbols.Find(name) : INVALID_KEY_SYMBOL;
   }
-
-  const char* GetStringForSymbol(HKeySymbol symbol) override {
-    if (symbol < 0 || size_t(symbol) >= m_names.size()) return "";
-    return m_names[size_t(symbol)]->c_str();
-  }
+  const char* GetStringForSymbol(HKeySymbol symbol) override { return m_symbols.Text(symbol); }
 
 private:
-  std::unordered_map<std::string, HKeySymbol, CaseFoldHash, CaseFoldEqual> m_symbols;
-  std::vector<std::unique_ptr<std::string>> m_names;
-  std::string m_probe;
+  SymbolTable m_symbols;
+  NodePool m_nodes;
 };
 
 }  // namespace

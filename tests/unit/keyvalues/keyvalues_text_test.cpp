@@ -1,6 +1,13 @@
 // The KeyValues text format: value types, comments, malformed input, #include, and save/load round trips.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
 #include "KeyValues.h"
 #include "memfs.h"
 #include "output_capture.h"
@@ -210,4 +217,121 @@ TEST(KeyValuesText, MissingFileGivesFalseWithoutAReport) {
   TreeGuard kv(new KeyValues("g"));
   EXPECT_FALSE(kv->LoadFromFile(&fs, "none.txt"));
   EXPECT_EQ(out.Text(), "");
+}
+
+TEST(KeyValuesText, SelfIncludingFileStopsAtTheLoadsBound) {
+  // One section, then eight includes of itself: unbounded, that is 8^8 loads.
+  MemoryFileSystem fs;
+  std::string self = "\"s\" { \"a\" \"1\" }\n";
+  for (int i = 0; i < 8; ++i) self += "#include \"self.txt\"\n";
+  fs.files["self.txt"] = self;
+  OutputCapture out;
+  TreeGuard kv(new KeyValues("top"));
+  EXPECT_TRUE(kv->LoadFromFile(&fs, "self.txt"));
+  EXPECT_EQ(out.Text(),
+            "KeyValues: loading self.txt stopped: its #include files pass 256 files or 16 MB. What was read "
+            "before is kept.\n");
+  // What was read stays: this file's section and the 256 included ones, each with its value.
+  int sections = 0;
+  for (KeyValues* k = kv.kv; k; k = k->GetNextKey(), ++sections) EXPECT_EQ(k->GetInt("a"), 1);
+  EXPECT_EQ(sections, 257);
+
+  // The next load has a bound of its own.
+  OutputCapture again;
+  TreeGuard second(new KeyValues("top"));
+  EXPECT_TRUE(second->LoadFromFile(&fs, "self.txt"));
+  EXPECT_TRUE(again.Contains("loading self.txt stopped"));
+}
+
+TEST(KeyValuesText, IncludedBytesAreBoundedToo) {
+  // Each include is a comment of exactly 1 MB; the seventeenth passes 16 MB.
+  MemoryFileSystem fs;
+  fs.files["big.txt"] = "//" + std::string((1 << 20) - 2, 'c');
+  std::string main;
+  for (int i = 0; i < 17; ++i) main += "#include \"big.txt\"\n\"s" + std::to_string(i) + "\" { }\n";
+  fs.files["main.txt"] = main;
+  OutputCapture out;
+  TreeGuard kv(new KeyValues("top"));
+  EXPECT_TRUE(kv->LoadFromFile(&fs, "main.txt"));
+  EXPECT_TRUE(out.Contains("loading main.txt stopped"));
+  // Sections s0 to s15 were read before the seventeenth include; the rest of the file is not.
+  int sections = 0;
+  for (KeyValues* k = kv.kv; k; k = k->GetNextKey()) sections += k->GetName()[0] == 's';
+  EXPECT_EQ(sections, 16);
+}
+
+TEST(KeyValuesText, FloatValuesAreWhatStrtofReads) {
+  std::vector<std::string> numbers = {"0.0",        "-0.0",        "12.500000",  "0.1",      "16777216.0",
+                                      "16777217.0", "16777217.5",  "1.00000001", ".3",       "3.",
+                                      "-7.25",      "+1.5",        "1e3",        "2.5E-3",   "0.0000000001",
+                                      "123456.789", "9999999.999", "1.17549435e-38", "3.4028235e38",
+                                      "340282350000000000000000000000000000000.0"};
+  uint64_t state = 0x5EED;
+  for (int i = 0; i < 3000; ++i) {  // random digits on both sides of the point, with trailing zeros
+    state = state * 6364136223846793005ull + 1442695040888963407ull;
+    std::string whole = std::to_string((state >> 20) % 100000000);
+    std::string fraction = std::to_string((state >> 8) % 1000) + std::string((state >> 4) % 6, '0');
+    numbers.push_back((state & 1 ? "-" : "") + whole + "." + fraction);
+  }
+  std::string text = "\"f\" {";
+  for (size_t i = 0; i < numbers.size(); ++i) text += " \"k" + std::to_string(i) + "\" \"" + numbers[i] + "\"";
+  TreeGuard kv(Parse((text + " }").c_str()));
+  for (size_t i = 0; i < numbers.size(); ++i) {
+    std::string key = "k" + std::to_string(i);
+    ASSERT_EQ(kv->GetDataType(key.c_str()), KeyValues::TYPE_FLOAT) << numbers[i];
+    float expected = strtof(numbers[i].c_str(), nullptr);
+    float actual = kv->GetFloat(key.c_str());
+    EXPECT_EQ(memcmp(&expected, &actual, sizeof expected), 0) << numbers[i];
+  }
+}
+
+TEST(KeyValuesText, TokensOfEveryLengthUpToTheEndOfTheText) {
+  // The reader takes several bytes at a time where the text surely holds them; near its end it must not
+  // read past it, and tokens of every length must come out whole.
+  for (size_t n = 1; n < 40; ++n) {
+    std::string word(n, 'w');
+    for (const std::string& text : {"\"s\" { \"k\" \"" + word + "\" }", "\"s\" { \"k\" " + word + " }",
+                                    "\"s\" { \"" + word + "\" \"v\" }", "s { k " + word + "}"}) {
+      auto* copy = new char[text.size() + 1];  // exactly as long as the text, for the sanitizers
+      memcpy(copy, text.c_str(), text.size() + 1);
+      TreeGuard kv(Parse(copy));
+      delete[] copy;
+      const char* found = kv->FindKey("k") ? kv->GetString("k") : kv->GetString(word.c_str());
+      EXPECT_TRUE(found == word || std::string(found) == "v") << text;
+    }
+    DevMessages dev;
+    OutputCapture out;
+    std::string open = "\"s\" { \"k\" \"" + word;  // ends inside the quotes
+    TreeGuard kv(Parse(open.c_str()));
+    EXPECT_TRUE(out.Contains("ReadToken unexpected EOF in quoted string")) << n;
+  }
+}
+
+TEST(KeyValuesText, TheTokenLimitCountsEveryLostByte) {
+  for (size_t n : {1022u, 1023u, 1024u, 1025u, 1031u, 1040u}) {
+    DevMessages dev;
+    OutputCapture out;
+    std::string text = "\"s\" { \"k\" \"" + std::string(n, 'x') + "\" \"p\" " + std::string(n, 'y') + " }";
+    TreeGuard kv(Parse(text.c_str()));
+    EXPECT_EQ(strlen(kv->GetString("k")), std::min<size_t>(n, 1023)) << n;
+    EXPECT_EQ(strlen(kv->GetString("p")), std::min<size_t>(n, 1023)) << n;
+    size_t reports = 0;
+    for (size_t at = out.Text().find("ReadToken overflow"); at != std::string::npos;
+         at = out.Text().find("ReadToken overflow", at + 1))
+      ++reports;
+    EXPECT_EQ(reports, 2 * (n > 1023 ? n - 1023 : 0)) << n;
+  }
+}
+
+TEST(KeyValuesText, AByteAboveAsciiEndsACommentWhereverItStands) {
+  for (size_t at = 0; at < 20; ++at) {
+    std::string comment(20, 'c');
+    comment[at] = '\x80';
+    DevMessages dev;
+    OutputCapture out;
+    TreeGuard kv(Parse(("\"s\" { \"k\" \"v\" //" + comment + "\n \"k2\" \"v2\" }").c_str()));
+    EXPECT_STREQ(kv->GetString("k"), "v");
+    EXPECT_EQ(kv->FindKey("k2"), nullptr) << at;  // the high byte starts an empty key name
+    EXPECT_TRUE(out.Contains("got empty keyname")) << at;
+  }
 }

@@ -1,6 +1,9 @@
 // The KeyValues tree: lookups by name and path, typed values, child lists, copies, handles.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "KeyValues.h"
 #include "memfs.h"
 
@@ -184,4 +187,37 @@ TEST(KeyValuesTree, DeletingALongListDoesNotRecurseOnPeers) {
     last->SetNextKey(k);
     last = k;
   }
+}
+
+TEST(KeyValuesTree, CreateNewKeyBeyondTheLargestInt) {
+  const struct {
+    std::vector<const char*> children;
+    const char* next;
+  } cases[] = {
+      {{"2147483647"}, "2147483648"},
+      {{"2147483647", "5"}, "2147483648"},
+      {{"2147483648"}, "2147483649"},
+      {{"-2147483648", "-7"}, "1"},
+      {{"9223372036854775807"}, "9223372036854775807"},  // no number beyond: the largest stays
+      {{"99999999999999999999"}, "9223372036854775807"},
+  };
+  for (const auto& c : cases) {
+    TreeGuard root(new KeyValues("root"));
+    for (const char* name : c.children) root->CreateKey(name);
+    EXPECT_STREQ(root->CreateNewKey()->GetName(), c.next) << c.children[0];
+  }
+}
+
+TEST(KeyValuesTree, ValueTextsOfEveryLengthRoundTrip) {
+  // Across the size classes of short texts and beyond them, set over each other and copied.
+  TreeGuard root(new KeyValues("root"));
+  for (size_t n = 0; n < 200; ++n) {
+    std::string text(n, char('a' + n % 26));
+    root->SetString("t", text.c_str());
+    ASSERT_EQ(root->GetString("t"), text);
+    root->SetString(("k" + std::to_string(n)).c_str(), text.c_str());
+  }
+  TreeGuard copy(root->MakeCopy());
+  for (size_t n = 0; n < 200; n += 7)
+    EXPECT_EQ(copy->GetString(("k" + std::to_string(n)).c_str()), std::string(n, char('a' + n % 26)));
 }

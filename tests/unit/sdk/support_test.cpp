@@ -2,6 +2,8 @@
 // table, the command line, the Q_ text helpers, and TW_ASSERT.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -125,6 +127,56 @@ TEST(SupportRandom, SeededStreamsRepeatAndStayInRange) {
     EXPECT_GE(v, -3);
     EXPECT_LE(v, 3);
   }
+}
+
+TEST(SupportKeyNames, ManyNamesLongNamesAndBytesAboveAscii) {
+  IKeyValuesSystem* kvs = KeyValuesSystem();
+  std::vector<HKeySymbol> symbols;
+  for (int i = 0; i < 20000; ++i)  // the table grows several times on the way
+    symbols.push_back(kvs->GetSymbolForString(("SupportGrowth" + std::to_string(i)).c_str()));
+  for (int i = 0; i < 20000; i += 997) {
+    EXPECT_EQ(kvs->GetSymbolForString(("supportgrowth" + std::to_string(i)).c_str()), symbols[size_t(i)]);
+    EXPECT_EQ(kvs->GetStringForSymbol(symbols[size_t(i)]), "SupportGrowth" + std::to_string(i));
+  }
+  // Longer than a piece of the name arena, and names differing only past the first words.
+  std::string huge(100000, 'h');
+  HKeySymbol h = kvs->GetSymbolForString(huge.c_str());
+  EXPECT_EQ(kvs->GetStringForSymbol(h), huge);
+  huge.back() = 'H';
+  EXPECT_EQ(kvs->GetSymbolForString(huge.c_str()), h);
+  huge.back() = 'x';
+  EXPECT_NE(kvs->GetSymbolForString(huge.c_str()), h);
+  // Only A-Z fold: bytes of 0x80 and above, and neighbours of the letters, are themselves.
+  const char* const distinct[] = {"SupportFold\xc3\x89", "SupportFold\xc3\xa9", "SupportFold@", "SupportFold`",
+                                  "SupportFold[", "SupportFold{", "SupportFold\x7f", "SupportFold\xff"};
+  std::vector<HKeySymbol> seen;
+  for (const char* name : distinct) {
+    HKeySymbol s = kvs->GetSymbolForString(name);
+    for (HKeySymbol other : seen) EXPECT_NE(s, other) << name;
+    seen.push_back(s);
+  }
+  EXPECT_EQ(kvs->GetSymbolForString("SUPPORTFOLD\xc3\x89"), seen[0]);
+  EXPECT_EQ(kvs->GetSymbolForString(""), kvs->GetSymbolForString(""));
+}
+
+TEST(SupportKeyNodes, PoolSlotsAndLargerBlocksKeepTheirBytes) {
+  IKeyValuesSystem* kvs = KeyValuesSystem();
+  std::vector<void*> blocks;
+  for (int i = 0; i < 10000; ++i) {
+    int size = i % 10 == 0 ? 500 : 72;  // a tenth larger than a pool slot
+    auto* block = static_cast<unsigned char*>(kvs->AllocKeyValuesMemory(size));
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 8, 0u);
+    memset(block, i & 0xFF, size_t(size));
+    blocks.push_back(block);
+  }
+  for (size_t i = 0; i < blocks.size(); ++i) {
+    auto* block = static_cast<unsigned char*>(blocks[i]);
+    EXPECT_EQ(block[0], i & 0xFF);
+    EXPECT_EQ(block[i % 10 == 0 ? 499 : 71], i & 0xFF);
+  }
+  for (void* block : blocks) kvs->FreeKeyValuesMemory(block);
+  kvs->FreeKeyValuesMemory(nullptr);
 }
 
 // TW_ASSERT checks in the sanitizer build and aborts with its message; in release it evaluates nothing.
