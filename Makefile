@@ -1,8 +1,13 @@
 # The two commands of the README: `make run` and `make test`. Both install what is missing first.
+# `make run` builds only the server, the plugin and the demo tree; `make test` builds everything.
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?=
+# The stand-in, the plugin and the demo tree they run on: all that `make run` needs.
+RUN_TARGETS = tidewright-server tidewright demo_tree
+
+MAKEFLAGS += --no-print-directory
 
 .PHONY: all setup build run test asan-test bench clean
 
@@ -12,20 +17,19 @@ setup:
 	@tools/setup.sh
 
 build: setup
-	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_ARGS) >/dev/null
-	@cmake --build $(BUILD) -j $(JOBS)
+	@tools/build.sh $(BUILD) $(JOBS) all -- -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_ARGS)
 
-run: build
-	$(BUILD)/tidewright-server $(ARGS)
+run: setup
+	@tools/build.sh $(BUILD) $(JOBS) $(RUN_TARGETS) -- -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_ARGS)
+	@$(BUILD)/tidewright-server $(ARGS)
 
 test: build
-	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
 
 # The whole suite again with AddressSanitizer and UndefinedBehaviorSanitizer, in a separate build directory.
 asan-test: setup
-	@cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DTW_SANITIZE=ON $(CMAKE_ARGS) >/dev/null
-	@cmake --build $(ASAN_BUILD) -j $(JOBS)
-	ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
+	@tools/build.sh $(ASAN_BUILD) $(JOBS) all -- -DCMAKE_BUILD_TYPE=Debug -DTW_SANITIZE=ON $(CMAKE_ARGS)
+	@ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
 bench: build
 	@for b in $(BUILD)/bench/tw_bench_*; do echo "== $$b"; $$b; done

@@ -18,7 +18,8 @@ namespace fs = std::filesystem;
 
 inline void Quiet(SpewType_t, const char*) {}
 
-// Silences the console and copies demo/ to a fresh temporary folder; gives the game folder in it.
+// Silences the console and copies the demo tree as built to a fresh temporary folder; gives the game folder
+// in it.
 inline fs::path CopyDemo() {
   SpewOutputFunc(Quiet);
   const char* tmp = getenv("TMPDIR");
@@ -30,7 +31,7 @@ inline fs::path CopyDemo() {
     std::error_code ignored;
     fs::remove_all(root, ignored);
   });
-  fs::copy(fs::path(TW_SOURCE_DIR) / "demo", root, fs::copy_options::recursive);
+  fs::copy(fs::path(TW_DEMO_TREE), root, fs::copy_options::recursive);
   return root / "game";
 }
 

@@ -14,7 +14,7 @@ const ConsoleCommandDef kNoop[] = {{"noop", Noop_f, "does nothing", 0}};
 
 StandInConfig BenchConfig() {
   StandInConfig config;
-  config.gameDir = TW_SOURCE_DIR "/demo/game";
+  config.gameDir = TW_DEMO_TREE "/game";
   return config;
 }
 

@@ -47,7 +47,7 @@ public:
 // The demo tree's engine event file: many small sections, comments, typical of what start-up reads.
 const std::string& EventFile() {
   static const std::string text = [] {
-    std::ifstream in(TW_SOURCE_DIR "/demo/hl2/resource/serverevents.res", std::ios::binary);
+    std::ifstream in(TW_DEMO_TREE "/hl2/resource/serverevents.res", std::ios::binary);
     std::ostringstream all;
     all << in.rdbuf();
     if (all.str().empty()) abort();

@@ -100,11 +100,16 @@ public:
   using ConCommandBase::Create;
 
   FnCommandCallback GetCallback() const { return m_fnCommandCallback; }
+  // What the command prints when it is given too few arguments (line feeds included), for the console's
+  // `help`; null when it has no usage text. The text is the owner's and must live as long as the command.
+  const char* GetUsage() const { return m_pszUsage; }
+  void SetUsage(const char* usage) { m_pszUsage = usage; }
 
 protected:
   FnCommandCallback m_fnCommandCallback = nullptr;
   FnCommandCompletionCallback m_fnCompletionCallback = nullptr;
   bool m_bHasCompletionCallback = false;
+  const char* m_pszUsage = nullptr;
 };
 
 class ConVar : public ConCommandBase {

@@ -2,6 +2,7 @@
 // that split them into commands.
 #include "cbuf.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "tier0.h"
@@ -46,12 +47,17 @@ const char* FindCommandEnd(const char* p, const char* end) {
   }
 }
 
-// Copies the command [start, stop) to `out` and gives the bytes it used up, its separator included. A text's
-// last line feed ends its command even inside an open quote, and isn't part of it.
-size_t TakeCommand(const char* start, const char* stop, const char* end, std::string& out) {
+// The length of the command [start, stop) without its separator: a text's last line feed ends its command
+// even inside an open quote, and isn't part of it.
+size_t CommandLength(const char* start, const char* stop, const char* end) {
   size_t length = size_t(stop - start);
   if (stop == end && length > 0 && stop[-1] == '\n') --length;
-  out.assign(start, length);
+  return length;
+}
+
+// Copies the command [start, stop) to `out` and gives the bytes it used up, its separator included.
+size_t TakeCommand(const char* start, const char* stop, const char* end, std::string& out) {
+  out.assign(start, CommandLength(start, stop, end));
   return size_t(stop - start) + (stop < end ? 1 : 0);
 }
 
@@ -84,12 +90,16 @@ bool CommandBuffer::AddText(const char* text) {
   return true;
 }
 
-bool CommandBuffer::InsertText(const char* text) {
+bool CommandBuffer::InsertText(const char* text) { return Insert(text, false); }
+
+bool CommandBuffer::InsertAliasText(const char* text) { return Insert(text, true); }
+
+bool CommandBuffer::Insert(const char* text, bool alias) {
   if (!text) return true;
   size_t length = strlen(text);
   if (length == 0) return true;
   if (!Fits(length, text)) return false;
-  PushChunk(text, length);
+  PushChunk(text, length, alias);
   return true;
 }
 
@@ -103,23 +113,51 @@ bool CommandBuffer::InsertLines(const char* text) {
   while (end > text) {
     const char* start = end - 1;
     while (start > text && start[-1] != '\n') --start;
-    PushChunk(start, size_t(end - start));
+    PushChunk(start, size_t(end - start), false);
     end = start;
   }
   return true;
 }
 
-void CommandBuffer::PushChunk(const char* text, size_t length) {
+void CommandBuffer::PushChunk(const char* text, size_t length, bool alias) {
   uint32_t begin = uint32_t(m_stackText.size());
   m_stackText.insert(m_stackText.end(), text, text + length);
-  m_stack.push_back(Chunk{begin, begin, uint32_t(m_stackText.size())});
+  m_stack.push_back(Chunk{begin, begin, uint32_t(m_stackText.size()), alias});
   m_pending += length;
 }
 
+void CommandBuffer::PopChunk() {
+  const Chunk& top = m_stack.back();
+  m_pending -= top.end - top.read;
+  m_stackText.resize(top.begin);
+  m_stack.pop_back();
+}
+
+void CommandBuffer::DropAliasText() {
+  while (!m_stack.empty() && m_stack.back().alias) PopChunk();
+  if (m_pending == 0) m_overflowReported = false;
+}
+
 bool CommandBuffer::NextCommand(std::string& out) {
+  m_lastFromAlias = !m_stack.empty() && m_stack.back().alias;
   bool got = !m_stack.empty() ? TakeFromStack(out) : TakeFromQueue(out);
   if (m_pending == 0) m_overflowReported = false;
   return got;
+}
+
+std::string CommandBuffer::PeekCommand(size_t limit) const {
+  const char* start = nullptr;
+  const char* end = nullptr;
+  if (!m_stack.empty()) {
+    start = m_stackText.data() + m_stack.back().read;
+    end = m_stackText.data() + m_stack.back().end;
+  } else if (!m_queueEnds.empty()) {
+    start = m_queueText.data() + m_queueRead;
+    end = m_queueText.data() + m_queueEnds.front();
+  } else {
+    return std::string();
+  }
+  return std::string(start, std::min(CommandLength(start, FindCommandEnd(start, end), end), limit));
 }
 
 bool CommandBuffer::TakeFromStack(std::string& out) {
@@ -131,10 +169,7 @@ bool CommandBuffer::TakeFromStack(std::string& out) {
   size_t consumed = TakeCommand(start, stop, end, out);
   m_pending -= consumed;
   top.read += uint32_t(consumed);
-  if (top.read == top.end) {
-    m_stackText.resize(top.begin);
-    m_stack.pop_back();
-  }
+  if (top.read == top.end) PopChunk();
   return true;
 }
 
@@ -167,4 +202,5 @@ void CommandBuffer::Clear() {
   m_queueRead = 0;
   m_pending = 0;
   m_overflowReported = false;
+  m_lastFromAlias = false;
 }

@@ -1,9 +1,8 @@
 // The stand-in's built-in console commands and variables, each table the one place that names them.
 // Handlers read their arguments through the engine's current command, as plugins' handlers do.
-#include <sys/time.h>
-
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -34,11 +33,6 @@ std::string JoinArgs(int first) {
 
 int FrameCount(long long frames) { return int(std::clamp<long long>(frames, 0, kMaxWaitFrames)); }
 
-bool CheatsAllowed() {
-  ConVar* cheats = g_standIn->Console().FindVar("sv_cheats");
-  return cheats && cheats->GetInt() >= 1;
-}
-
 // ---- text and configuration files ----
 
 void Echo_f() { Msg("%s\n", JoinArgs(1).c_str()); }
@@ -64,10 +58,6 @@ bool ReadWholeFile(const std::string& path, std::string& text) {
 }
 
 void Exec_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: exec <file>: runs cfg/<file>(.cfg)\n");
-    return;
-  }
   std::string text;
   if (!ReadWholeFile(ConfigPath(Cmd().Argv(1)), text)) {
     Msg("exec: couldn't exec %s\n", Cmd().Argv(1));
@@ -148,37 +138,60 @@ void Cvarlist_f() {
   Msg("%d convars\n", shown);
 }
 
+// Commands whose name holds a double underscore are the plugin's internal steps, not for typing.
+bool IsInternal(ConCommandBase* c) { return strstr(c->GetName(), "__") != nullptr; }
+
 void Find_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: find <text>: lists commands and variables whose name or help holds the text\n");
+  bool all = strcmp(Cmd().Argv(1), "-all") == 0;
+  if (all && Cmd().Argc() < 3) {
+    PrintConsoleUsage();
     return;
   }
-  const char* needle = Cmd().Argv(1);
-  for (bool variables : {false, true})
-    for (ConCommandBase* c : SortedChain(variables))
-      if (Q_stristr(c->GetName(), needle) || Q_stristr(c->GetHelpText(), needle)) PrintEntry(c);
+  const char* needle = Cmd().Argv(all ? 2 : 1);
+  int hidden = 0;
+  for (bool variables : {false, true}) {
+    for (ConCommandBase* c : SortedChain(variables)) {
+      if (!Q_stristr(c->GetName(), needle) && !Q_stristr(c->GetHelpText(), needle)) continue;
+      if (!all && IsInternal(c)) ++hidden;
+      else PrintEntry(c);
+    }
+  }
+  if (hidden)
+    Msg("(%d internal command%s not shown; find -all %s lists them too)\n", hidden, hidden == 1 ? "" : "s", needle);
+}
+
+void HelpGuide() {
+  Msg("Type a command to run it, a variable's name to see its value, or the name and a value to set it.\n"
+      "  help NAME          what a command or variable is for, with a command's usage\n"
+      "  find TEXT          commands and variables whose name or help holds TEXT (find -all TEXT: internal\n"
+      "                     ones too)\n"
+      "  cvarlist [START]   the console variables, or those whose name starts with START\n"
+      "  sim_events [TEXT]  the game events that sim_event fires and scripts listen to, with their fields\n"
+      "  find sim_          the commands that play the players' and the game's part (sim_connect, sim_say,\n"
+      "                     sim_kill, ...)\n"
+      "  quit               ends the server (Ctrl-D at the prompt does too)\n"
+      "Scripts: the README's sections \"Writing scripts\" and \"For script authors\".\n");
 }
 
 void Help_f() {
   if (Cmd().Argc() < 2) {
-    Msg("Usage: help <command or variable>\n");
+    HelpGuide();
     return;
   }
   ConCommandBase* c = g_standIn->Console().FindCommandBase(Cmd().Argv(1));
   if (!c) {
-    Msg("help: no command or variable \"%s\"\n", Cmd().Argv(1));
+    Msg("help: no command or variable \"%s\"; find %s looks for it in names and help texts\n", Cmd().Argv(1),
+        Cmd().Argv(1));
     return;
   }
   PrintEntry(c);
+  const char* usage = c->IsCommand() ? static_cast<ConCommand*>(c)->GetUsage() : nullptr;
+  if (usage) Msg("%s", usage);
 }
 
 // ---- levels ----
 
 void Map_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: %s <map>\n", Cmd().Argv(0));
-    return;
-  }
   if (!g_standIn->Engine().IsMapValid(Cmd().Argv(1))) {
     Msg("%s: invalid map name \"%s\"\n", Cmd().Argv(0), Cmd().Argv(1));
     return;
@@ -205,10 +218,6 @@ void Status_f() {
 // ---- variables ----
 
 void Setinfo_f() {
-  if (Cmd().Argc() < 3) {
-    Msg("Usage: setinfo <name> <value>: sets a variable, made when missing\n");
-    return;
-  }
   const char* name = Cmd().Argv(1);
   CCvar& console = g_standIn->Console();
   ConCommandBase* found = console.FindCommandBase(name);
@@ -220,7 +229,7 @@ void Setinfo_f() {
     console.CreateVar(name, Cmd().Argv(2), FCVAR_NONE, "");
     return;
   }
-  if (found->IsBitSet(FCVAR_CHEAT) && !CheatsAllowed()) {
+  if (found->IsBitSet(FCVAR_CHEAT) && !console.CheatsAllowed()) {
     Msg("Can't use cheat variable %s unless sv_cheats is 1\n", found->GetName());
     return;
   }
@@ -232,17 +241,17 @@ void Developer_Changed(ConVar* var, const char*) { SetDeveloperLevel(var->GetInt
 // ---- simulation ----
 
 void SimFrames_f() {
-  if (Cmd().Argc() < 2 || Q_atoi(Cmd().Argv(1)) < 1) {
-    Msg("Usage: sim_frames <count>: lets that many frames pass before the next command\n");
+  if (Q_atoi(Cmd().Argv(1)) < 1) {
+    PrintConsoleUsage();
     return;
   }
   g_standIn->StopRun(FrameCount(Q_atoi(Cmd().Argv(1))));
 }
 
 void SimAdvance_f() {
-  double seconds = Cmd().Argc() > 1 ? atof(Cmd().Argv(1)) : 0;
+  double seconds = atof(Cmd().Argv(1));
   if (!(seconds > 0)) {
-    Msg("Usage: sim_advance <seconds>: lets that much game time pass before the next command\n");
+    PrintConsoleUsage();
     return;
   }
   double frames = std::ceil(seconds * g_standIn->Clock().Tickrate());
@@ -250,40 +259,34 @@ void SimAdvance_f() {
 }
 
 // The full path of a file under the mod directory, or false (with a message) when it would leave the root.
-bool SimFilePath(const char* command, std::string& path) {
-  if (g_standIn->Files().ResolvePath(Cmd().Argv(1), path)) return true;
+bool SimFilePath(const char* command) {
+  char relative[FILES_MAX_PATH];
+  if (g_standIn->Files().RootRelative(Cmd().Argv(1), relative)) return true;
   Msg("%s: the path \"%s\" is not one of the server's files\n", command, Cmd().Argv(1));
   return false;
 }
 
 // Writes a file: each argument behind the path is a line, ended by a line feed.
 void SimWriteFile_f() {
-  if (Cmd().Argc() < 2) {
-    Msg("Usage: sim_writefile <path> [line]...: writes the lines into the file under the mod directory\n");
-    return;
-  }
-  std::string path;
-  if (!SimFilePath("sim_writefile", path)) return;
-  FILE* file = fopen(path.c_str(), "wb");
-  if (!file) {
+  if (!SimFilePath("sim_writefile")) return;
+  IFileSystem& files = g_standIn->Files();
+  FileHandle_t file = files.Open(Cmd().Argv(1), "wb");
+  if (file == FILESYSTEM_INVALID_HANDLE) {
     Msg("sim_writefile: can't write %s\n", Cmd().Argv(1));
     return;
   }
-  for (int i = 2; i < Cmd().Argc(); ++i) fprintf(file, "%s\n", Cmd().Argv(i));
-  fclose(file);
+  for (int i = 2; i < Cmd().Argc(); ++i) {
+    files.Write(Cmd().Argv(i), int(strlen(Cmd().Argv(i))), file);
+    files.Write("\n", 1, file);
+  }
+  files.Close(file);
 }
 
 // Sets a file's modification time, in whole seconds since 1970.
 void SimFileTime_f() {
-  if (Cmd().Argc() < 3) {
-    Msg("Usage: sim_filetime <path> <seconds>: sets the modification time of the file under the mod directory\n");
-    return;
-  }
-  std::string path;
-  if (!SimFilePath("sim_filetime", path)) return;
-  const time_t seconds = time_t(atoll(Cmd().Argv(2)));
-  const struct timeval times[2] = {{seconds, 0}, {seconds, 0}};
-  if (utimes(path.c_str(), times) != 0) Msg("sim_filetime: can't set the time of %s\n", Cmd().Argv(1));
+  if (!SimFilePath("sim_filetime")) return;
+  if (!g_standIn->Files().SetFileTime(Cmd().Argv(1), atoll(Cmd().Argv(2))))
+    Msg("sim_filetime: can't set the time of %s\n", Cmd().Argv(1));
 }
 
 // Sets one value of a console-made event with the type its declaration gives the key; keys outside the
@@ -309,9 +312,28 @@ void PrintEventValues(CGameEvent* event) {
   Msg("sim_event: firing %s%s\n", event->GetName(), values.c_str());
 }
 
+// The declared events, grouped by the file that declared them, with their fields and types.
+void SimEvents_f() {
+  const char* needle = Cmd().Argv(1);
+  std::string file;
+  int shown = 0;
+  for (const EventDescriptor* d : g_standIn->Events().DeclaredEvents()) {
+    if (needle[0] && !Q_stristr(d->name.c_str(), needle)) continue;
+    if (d->file != file) {
+      file = d->file;
+      Msg("Declared in %s:\n", file.c_str());
+    }
+    std::string fields;
+    for (const auto& [name, type] : d->fields) fields += " " + name + ":" + EventFieldTypeName(type);
+    Msg("  %s%s\n", d->name.c_str(), fields.c_str());
+    ++shown;
+  }
+  Msg("%d events; sim_event NAME [KEY VALUE]... fires one, a script's \"event NAME\" section hears it\n", shown);
+}
+
 void SimEvent_f() {
-  if (Cmd().Argc() < 2 || Cmd().Argc() % 2 != 0) {
-    Msg("Usage: sim_event <event> [<key> <value>]...: fires a game event\n");
+  if (Cmd().Argc() % 2 != 0) {
+    PrintConsoleUsage();
     return;
   }
   CGameEventManager& events = g_standIn->Events();
@@ -328,22 +350,34 @@ void SimEvent_f() {
 
 const ConsoleCommandDef kCommands[] = {
     {"echo", Echo_f, "Prints its arguments to the console.", 0},
-    {"exec", Exec_f, "Runs a configuration file from the cfg folder.", 0},
+    {"exec", Exec_f, "Runs a configuration file from the cfg folder.", 0, 2,
+     "Usage: exec <file>: runs cfg/<file>(.cfg)\n"},
     {"alias", Alias_f, "Names a list of commands: alias <name> <commands>; without commands it shows aliases.", 0},
     {"wait", Wait_f, "Lets the rest of the command buffer wait one frame, or the number of frames given.", 0},
     {"quit", Quit_f, "Ends the level, unloads the plugin and stops the server.", 0},
     {"cvarlist", Cvarlist_f, "Lists the console variables, or those whose name starts with the text given.", 0},
-    {"find", Find_f, "Lists commands and variables whose name or help holds the text given.", 0},
-    {"help", Help_f, "Shows the value and help of a variable, or the help of a command.", 0},
-    {"map", Map_f, "Starts the level of the given name.", 0},
-    {"changelevel", Map_f, "Changes to the level of the given name.", 0},
+    {"find", Find_f,
+     "Lists commands and variables whose name or help holds the text given; internal ones too after -all.", 0, 2,
+     "Usage: find [-all] <text>: lists commands and variables whose name or help holds the text\n"},
+    {"help", Help_f, "Shows the value and help of a variable, or the help and usage of a command; alone, how to "
+                     "find things.", 0, 0, "Usage: help [command or variable]\n"},
+    {"map", Map_f, "Starts the level of the given name.", 0, 2, "Usage: map <map>\n"},
+    {"changelevel", Map_f, "Changes to the level of the given name.", 0, 2, "Usage: changelevel <map>\n"},
     {"status", Status_f, "Shows the server's name, level, players and time.", 0},
-    {"setinfo", Setinfo_f, "Sets a variable, making it when it is missing: setinfo <name> <value>.", 0},
-    {"sim_frames", SimFrames_f, "Lets the given number of frames pass before the next command.", 0},
-    {"sim_advance", SimAdvance_f, "Lets the given number of seconds of game time pass before the next command.", 0},
-    {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0},
-    {"sim_writefile", SimWriteFile_f, "Writes a file under the mod directory: sim_writefile <path> [line]...", 0},
-    {"sim_filetime", SimFileTime_f, "Sets a file's modification time: sim_filetime <path> <seconds since 1970>.", 0},
+    {"setinfo", Setinfo_f, "Sets a variable, making it when it is missing: setinfo <name> <value>.", 0, 3,
+     "Usage: setinfo <name> <value>: sets a variable, made when missing\n"},
+    {"sim_frames", SimFrames_f, "Lets the given number of frames pass before the next command.", 0, 2,
+     "Usage: sim_frames <count>: lets that many frames pass before the next command\n"},
+    {"sim_advance", SimAdvance_f, "Lets the given number of seconds of game time pass before the next command.", 0, 2,
+     "Usage: sim_advance <seconds>: lets that much game time pass before the next command\n"},
+    {"sim_events", SimEvents_f, "Lists the declared game events with their fields, or those whose name holds the "
+                                "text given.", 0},
+    {"sim_event", SimEvent_f, "Fires a game event: sim_event <event> [<key> <value>]...", 0, 2,
+     "Usage: sim_event <event> [<key> <value>]...: fires a game event\n"},
+    {"sim_writefile", SimWriteFile_f, "Writes a file under the mod directory: sim_writefile <path> [line]...", 0, 2,
+     "Usage: sim_writefile <path> [line]...: writes the lines into the file under the mod directory\n"},
+    {"sim_filetime", SimFileTime_f, "Sets a file's modification time: sim_filetime <path> <seconds since 1970>.", 0, 3,
+     "Usage: sim_filetime <path> <seconds>: sets the modification time of the file under the mod directory\n"},
 };
 
 const ConsoleVarDef kVars[] = {

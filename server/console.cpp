@@ -5,6 +5,45 @@
 
 #include "tier0.h"
 
+namespace {
+
+// The row of the table command whose handler runs now; nested dispatches restore the outer one.
+const ConsoleCommandDef* s_runningRow = nullptr;
+
+// A command of a server table: the row's checks, then its handler.
+class CTableCommand final : public ConCommand {
+public:
+  CTableCommand(CCvar& console, const ConsoleCommandDef& row)
+      : ConCommand(row.name, row.handler, row.help, row.flags | FCVAR_UNREGISTERED), m_console(console), m_row(row) {
+    SetUsage(row.usage);
+  }
+
+  void Dispatch() override {
+    if (IsBitSet(FCVAR_CHEAT) && !m_console.CheatsAllowed()) {
+      Msg("Can't use cheat command %s unless sv_cheats is 1\n", GetName());
+      return;
+    }
+    if (m_console.CurrentArgc() < m_row.minArgc) {
+      Msg("%s", m_row.usage ? m_row.usage : "");
+      return;
+    }
+    const ConsoleCommandDef* outer = s_runningRow;
+    s_runningRow = &m_row;
+    m_row.handler();
+    s_runningRow = outer;
+  }
+
+private:
+  CCvar& m_console;
+  const ConsoleCommandDef m_row;
+};
+
+}  // namespace
+
+void PrintConsoleUsage() {
+  if (s_runningRow && s_runningRow->usage) Msg("%s", s_runningRow->usage);
+}
+
 size_t CaseFoldHash::operator()(std::string_view s) const {
   size_t h = 5381;
   for (unsigned char c : s) h = h * 33 + size_t(c >= 'A' && c <= 'Z' ? c + 32 : c);
@@ -38,6 +77,11 @@ ConCommandBase* CCvar::FindCommandBase(std::string_view name) const {
   return it == m_byName.end() ? nullptr : it->second;
 }
 
+bool CCvar::CheatsAllowed() {
+  ConVar* cheats = FindVar("sv_cheats");
+  return cheats && cheats->GetInt() >= 1;
+}
+
 void CCvar::CallGlobalChangeCallback(ConVar* var, const char* oldString) {
   if (!var || !var->IsBitSet(FCVAR_NOTIFY)) return;
   const char* now = var->GetString();
@@ -61,7 +105,7 @@ ConCommandBase* CCvar::MakeOwned(Make make) {
 void CCvar::AddCommands(const ConsoleCommandDef* defs, size_t count) {
   for (size_t i = 0; i < count; ++i) {
     const ConsoleCommandDef& d = defs[i];
-    MakeOwned([&] { return new ConCommand(d.name, d.handler, d.help, d.flags | FCVAR_UNREGISTERED); });
+    MakeOwned([&] { return new CTableCommand(*this, d); });
   }
 }
 

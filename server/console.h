@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "cmdargs.h"
 #include "convar.h"
 #include "icvar.h"
 
@@ -21,13 +22,21 @@ struct CaseFoldEqual {
   bool operator()(std::string_view a, std::string_view b) const;
 };
 
-// A row of a table of server commands: registration and help come from it.
+// A row of a table of server commands: registration, help and the argument check come from it. The
+// console's dispatch of the command checks the row before the handler runs: a FCVAR_CHEAT command
+// without sv_cheats is refused, and below `minArgc` tokens (the name counts) the usage is printed instead.
 struct ConsoleCommandDef {
   const char* name;
   FnCommandCallback handler;
   const char* help;
   int flags;
+  int minArgc = 0;
+  const char* usage = nullptr;  // the whole usage text, line feed included; `help NAME` shows it too
 };
+
+// Prints the usage of the table command whose handler runs now, for a handler that finds an argument
+// of the right count but the wrong kind.
+void PrintConsoleUsage();
 
 // A row of a table of server variables.
 struct ConsoleVarDef {
@@ -62,6 +71,12 @@ public:
   // A variable made at run time (setinfo): name and default are copied and owned here.
   ConVar* CreateVar(const char* name, const char* value, int flags, const char* help);
 
+  // The engine's current command, which table commands check their counts against. A console without
+  // one (a bare console in a test) counts no arguments.
+  void SetCurrentCommand(const ConsoleCommand* const* current) { m_current = current; }
+  int CurrentArgc() const { return m_current && *m_current ? (*m_current)->Argc() : 0; }
+  bool CheatsAllowed();
+
   // Told after a FCVAR_NOTIFY variable's value really changed and the change was announced.
   using NotifyHook = void (*)(ConVar* var);
   void SetNotifyHook(NotifyHook hook) { m_notifyHook = hook; }
@@ -73,6 +88,7 @@ private:
   ConCommandBase* MakeOwned(Make make);
 
   ConCommandBase* m_head = nullptr;
+  const ConsoleCommand* const* m_current = nullptr;
   NotifyHook m_notifyHook = nullptr;
   std::unordered_map<std::string, ConCommandBase*, CaseFoldHash, CaseFoldEqual> m_byName;
   std::unordered_map<std::string, ConVar*, CaseFoldHash, CaseFoldEqual> m_varsByName;

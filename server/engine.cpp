@@ -1,8 +1,6 @@
 // The engine's main interface: the core's own operations, and the world's behind the seam.
 #include "engine.h"
 
-#include <sys/stat.h>
-
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -32,15 +30,17 @@ void CEngineServer::LogPrint(const char* text) {
   size_t n = strlen(text);
   const char* end = n && text[n - 1] == '\n' ? "" : "\n";
   Msg("L %s%s", text, end);
-  const std::string& mod = m_server.Files().ModDir();
-  mkdir((mod + "/" + kLogDir).c_str(), 0755);
-  FILE* log = fopen((mod + "/" + kLogFile).c_str(), "a");
-  if (!log) {
-    Warning("LogPrint: couldn't open %s/%s\n", mod.c_str(), kLogFile);
+  CFileSystem& files = m_server.Files();
+  files.MakeFolder(kLogDir);
+  FileHandle_t log = files.Open(kLogFile, "a");
+  if (log == FILESYSTEM_INVALID_HANDLE) {
+    Warning("LogPrint: couldn't open %s/%s\n", files.ModDir().c_str(), kLogFile);
     return;
   }
-  fprintf(log, "L %s%s", text, end);
-  fclose(log);
+  files.Write("L ", 2, log);
+  files.Write(text, int(n), log);
+  files.Write(end, int(strlen(end)), log);
+  files.Close(log);
 }
 
 void CEngineServer::GetGameDir(char* out, int maxlen) {

@@ -29,6 +29,12 @@ EventFieldType ParseEventFieldType(const char* text) {
   return EventFieldType::String;
 }
 
+const char* EventFieldTypeName(EventFieldType type) {
+  for (const FieldTypeName& t : kFieldTypes)
+    if (t.type == type) return t.name;
+  return "string";
+}
+
 // ---- events ----
 
 CGameEvent::CGameEvent(EventDescriptor* descriptor) : m_descriptor(descriptor), m_data(new KeyValues("event")) {}
@@ -111,6 +117,7 @@ int CGameEventManager::LoadEventsFromFile(const char* filename) {
   for (KeyValues* section = file; section; section = section->GetNextKey()) {
     for (KeyValues* ev = section->GetFirstSubKey(); ev; ev = ev->GetNextKey()) {
       EventDescriptor* d = Declare(ev->GetName());
+      d->file = filename;
       d->fields.clear();
       for (KeyValues* field = ev->GetFirstSubKey(); field; field = field->GetNextKey())
         d->fields.emplace_back(field->GetName(), ParseEventFieldType(field->GetString()));
@@ -118,7 +125,22 @@ int CGameEventManager::LoadEventsFromFile(const char* filename) {
     }
   }
   file->deleteThis();
+  if (std::find(m_files.begin(), m_files.end(), filename) == m_files.end()) m_files.push_back(filename);
   return count;
+}
+
+std::vector<const EventDescriptor*> CGameEventManager::DeclaredEvents() const {
+  std::vector<const EventDescriptor*> declared;
+  for (const auto& [name, d] : m_events)
+    if (!d->file.empty()) declared.push_back(d.get());
+  auto fileOrder = [this](const EventDescriptor* d) {
+    return std::find(m_files.begin(), m_files.end(), d->file) - m_files.begin();
+  };
+  std::sort(declared.begin(), declared.end(), [&](const EventDescriptor* a, const EventDescriptor* b) {
+    auto fa = fileOrder(a), fb = fileOrder(b);
+    return fa != fb ? fa < fb : strcasecmp(a->name.c_str(), b->name.c_str()) < 0;
+  });
+  return declared;
 }
 
 bool CGameEventManager::AddListener(IGameEventListener2* listener, const char* name, bool serverSide) {

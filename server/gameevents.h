@@ -20,6 +20,7 @@ enum class EventFieldType { None, String, Bool, Byte, Short, Long, Float, Local 
 
 struct EventDescriptor {
   std::string name;
+  std::string file;  // the resource file that declared it last; empty while only listened to
   std::vector<std::pair<std::string, EventFieldType>> fields;
   std::vector<IGameEventListener2*> listeners;  // in registration order; null while being removed
 };
@@ -72,6 +73,8 @@ public:
 
   // The declaration of an event by name (ignoring case), or null.
   EventDescriptor* FindDescriptor(const char* name);
+  // The events that a resource file declared, by file in the order the files were read, then by name.
+  std::vector<const EventDescriptor*> DeclaredEvents() const;
   // Events handed out and not yet taken back.
   size_t LiveEvents() const { return m_live.size(); }
 
@@ -84,8 +87,11 @@ private:
   IBaseFileSystem* m_fileSystem;
   std::unordered_map<std::string, std::unique_ptr<EventDescriptor>, CaseFoldHash, CaseFoldEqual> m_events;
   std::unordered_set<IGameEvent*> m_live;
+  std::vector<std::string> m_files;  // the resource files read, in order, each once
   int m_firing = 0;          // depth of FireEvent calls in progress
   bool m_removedWhileFiring = false;
 };
 
 EventFieldType ParseEventFieldType(const char* text);
+// The name the resource files give a field type.
+const char* EventFieldTypeName(EventFieldType type);

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 
+#include "init_tree.h"
 #include "interactive.h"
 #include "options.h"
 #include "plugin_loader.h"
@@ -30,11 +31,12 @@ int main(int argc, char** argv) {
   ServerOptions options;
   std::string error;
   if (!ParseServerOptions(argc, argv, options, error)) {
-    Warning("tidewright-server: %s\n%s", error.c_str(), ServerUsage());
+    Warning("tidewright-server: %s\n%s", error.c_str(), ServerUsage().c_str());
     return 2;
   }
-  if (options.showHelp) {
-    Msg("%s", ServerUsage());
+  if (options.action == ServerAction::Init) return InitServerRoot(options.initRoot, argv[0]) ? 0 : 1;
+  if (options.action != ServerAction::Run) {
+    Msg("%s", (options.action == ServerAction::Help ? ServerHelp() : ServerVersion()).c_str());
     return 0;
   }
   CommandLine()->CreateCmdLine(argc, argv);

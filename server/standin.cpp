@@ -8,6 +8,7 @@
 #include "tier0.h"
 
 CStandIn* g_standIn = nullptr;
+volatile std::sig_atomic_t CStandIn::s_interruptRequested = 0;
 
 namespace {
 
@@ -46,6 +47,7 @@ CStandIn::CStandIn(const StandInConfig& config)
   SetDeveloperLevel(0);
   ConVar_SetCvarInterface(&m_console);
   m_console.SetNotifyHook(&AnnounceVarChange);
+  m_console.SetCurrentCommand(&m_current);
   RegisterServerConsole(m_console);
   LoadEngineEvents();
   m_world->Init(WorldSetup{m_clock.Globals(), &m_engine, &m_console, &m_events, &m_files, !config.listen,
@@ -121,9 +123,21 @@ void CStandIn::Shutdown() {
 
 void CStandIn::RunLine(const char* line) {
   if (m_quit || !line) return;
+  s_interruptRequested = 0;  // a Ctrl-C that came after the last run's end was for no run
   m_lineText.assign(line).push_back('\n');
-  m_cbuf.AddText(m_lineText.c_str());
+  bool queued = m_busy ? m_cbuf.InsertText(m_lineText.c_str()) : m_cbuf.AddText(m_lineText.c_str());
+  if (!queued) Warning("The command buffer is full; not run: %s\n", line);
   Settle();
+}
+
+void CStandIn::Interrupt() {
+  s_interruptRequested = 0;
+  size_t dropped = m_cbuf.PendingBytes();
+  m_cbuf.Clear();
+  m_skipFrames = 0;
+  m_stopRun = true;
+  m_busy = false;
+  Warning("Interrupted: the command buffer is emptied (%zu bytes dropped)\n", dropped);
 }
 
 // ---- levels ----
@@ -186,14 +200,26 @@ void CStandIn::Settle() {
   int busyFrames = 0;  // frames that ran the buffer; frames asked for by wait and sim_* don't count
   m_settleCommands = 0;
   while (!m_quit && (!m_cbuf.IsEmpty() || m_skipFrames > 0 || m_world->Busy())) {
+    if (s_interruptRequested) {
+      Interrupt();
+      return;
+    }
     if (busyFrames >= STANDIN_MAX_SETTLE_FRAMES || m_settleCommands >= STANDIN_MAX_SETTLE_COMMANDS) {
-      Warning("Still busy after %d frames and %lld commands; going on with %zu bytes queued\n", busyFrames,
-              m_settleCommands, m_cbuf.PendingBytes());
+      ReportBusy(busyFrames);
       return;
     }
     if (m_skipFrames == 0) ++busyFrames;
     Frame();
   }
+  m_busy = false;
+}
+
+void CStandIn::ReportBusy(int frames) {
+  m_busy = true;
+  Warning("Still busy after %d frames and %lld commands; going on with %zu bytes queued, next: %s\n", frames,
+          m_settleCommands, m_cbuf.PendingBytes(), m_cbuf.PeekCommand(STANDIN_BUSY_PREVIEW).c_str());
+  Warning("The next console line runs before them: tw_unload or tw_disable stops a runaway script, "
+          "Ctrl-C at the prompt empties the buffer.\n");
 }
 
 void CStandIn::StopRun(int frames) {
@@ -208,14 +234,19 @@ void CStandIn::Execute() {
     Warning("ServerExecute nested %d deep; ignored\n", m_executeDepth);
     return;
   }
-  if (m_executeDepth == 0) m_stopRun = false;
+  if (m_executeDepth == 0) {
+    m_stopRun = false;
+    m_aliasExpansions = 0;
+  }
   const ConsoleCommand* outer = m_current;
   ++m_executeDepth;
   ConsoleCommand& cmd = CommandSlot();
   std::string& text = m_commandTexts[size_t(m_executeDepth)];
-  while (!m_stopRun && !m_quit && m_frameCommands < STANDIN_MAX_COMMANDS_PER_FRAME && m_cbuf.NextCommand(text)) {
+  while (!m_stopRun && !m_quit && !s_interruptRequested && m_frameCommands < STANDIN_MAX_COMMANDS_PER_FRAME &&
+         m_cbuf.NextCommand(text)) {
     ++m_frameCommands;
     ++m_settleCommands;
+    if (!m_cbuf.LastFromAlias()) m_aliasExpansions = 0;
     cmd.Tokenize(text.c_str());
     m_current = &cmd;
     Dispatch(cmd);
@@ -232,11 +263,6 @@ ConsoleCommand& CStandIn::CommandSlot() {
 
 namespace {
 
-bool CheatsAllowed(CCvar& console) {
-  ConVar* cheats = console.FindVar("sv_cheats");
-  return cheats && cheats->GetInt() >= 1;
-}
-
 void PrintVar(ConVar* var) {
   Msg("\"%s\" = \"%s\"\n", var->GetName(), var->GetString());
   const char* help = var->GetHelpText();
@@ -249,7 +275,7 @@ void CStandIn::Dispatch(const ConsoleCommand& cmd) {
   if (cmd.Argc() == 0) return;
   const char* name = cmd.Argv(0);
   if (const std::string* alias = FindAlias(name)) {
-    m_cbuf.InsertText(alias->c_str());
+    ExpandAlias(name, *alias);
     return;
   }
   ConCommandBase* base = m_console.FindCommandBase(name);
@@ -269,7 +295,7 @@ void CStandIn::Dispatch(const ConsoleCommand& cmd) {
 }
 
 bool CStandIn::CheatRefused(ConCommandBase* base, int argc) {
-  if (!base->IsBitSet(FCVAR_CHEAT) || CheatsAllowed(m_console)) return false;
+  if (!base->IsBitSet(FCVAR_CHEAT) || m_console.CheatsAllowed()) return false;
   if (!base->IsCommand() && argc <= 1) return false;
   Msg("Can't use cheat %s %s unless sv_cheats is 1\n", base->IsCommand() ? "command" : "variable", base->GetName());
   return true;
@@ -315,6 +341,17 @@ void CStandIn::DispatchClientCommand(edict_t* edict, int client) {
 }
 
 // ---- aliases ----
+
+void CStandIn::ExpandAlias(const char* name, const std::string& text) {
+  if (++m_aliasExpansions > STANDIN_MAX_ALIAS_EXPANSIONS) {
+    m_cbuf.DropAliasText();
+    m_aliasExpansions = 0;
+    Warning("alias \"%s\": more than %d alias expansions in one command; stopped\n", name,
+            STANDIN_MAX_ALIAS_EXPANSIONS);
+    return;
+  }
+  m_cbuf.InsertAliasText(text.c_str());
+}
 
 const std::string* CStandIn::FindAlias(std::string_view name) const {
   if (m_aliases.empty()) return nullptr;

@@ -4,6 +4,7 @@
 // one made before it is current again.
 #pragma once
 
+#include <csignal>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,6 +26,11 @@ constexpr long long STANDIN_MAX_COMMANDS_PER_FRAME = 1000000;
 // Bounds of running one input line (or one start-up step) to its end.
 constexpr int STANDIN_MAX_SETTLE_FRAMES = 10000;
 constexpr long long STANDIN_MAX_SETTLE_COMMANDS = 8000000;
+// Alias expansions within one command: an alias expanded while commands of alias text run counts on;
+// any other command and every frame start over.
+constexpr int STANDIN_MAX_ALIAS_EXPANSIONS = 1000;
+// How much of the command at the head of the buffer the busy message shows.
+constexpr size_t STANDIN_BUSY_PREVIEW = 80;
 
 constexpr const char* STANDIN_DEFAULT_MAP = "sim_map";
 constexpr int STANDIN_DEFAULT_MAXPLAYERS = 16;
@@ -52,8 +58,14 @@ public:
   // Loads the plugin (a null factory runs without one), runs autoexec.cfg and the + commands, starts the
   // level, runs server.cfg. Each step runs to its end before the next.
   void Start(CreateInterfaceFn pluginFactory, const char* pluginName);
-  // Appends one console line and runs frames until it and all it queued have run.
+  // Appends one console line and runs frames until it and all it queued have run. After a line that was
+  // still busy at the end of its bounds, the next line goes to the head of the buffer instead, so that an
+  // operator can stop a runaway script. A line that doesn't fit in the buffer is reported by its text.
   void RunLine(const char* line);
+  // Empties the command buffer and ends any wait, with a message: Ctrl-C at a prompt.
+  void Interrupt();
+  // Asks the run in progress to stop at its next command as Interrupt does. Safe in a signal handler.
+  static void RequestInterrupt() { s_interruptRequested = 1; }
   // Ends the level and unloads the plugin. Called by the destructor if not before.
   void Shutdown();
   bool QuitRequested() const { return m_quit; }
@@ -99,10 +111,12 @@ public:
 
 private:
   void LoadPlugin(CreateInterfaceFn factory, const char* name);
+  void ReportBusy(int frames);
   void RunStep(const char* text);
   void StartLevel(const std::string& map);
   void EndLevel();
   void Dispatch(const ConsoleCommand& cmd);
+  void ExpandAlias(const char* name, const std::string& text);
   void DispatchClientCommand(edict_t* edict, int client);
   bool CheatRefused(ConCommandBase* base, int argc);
   ConsoleCommand& CommandSlot();
@@ -129,15 +143,18 @@ private:
   int m_skipFrames = 0;
   long long m_frameCommands = 0;
   long long m_settleCommands = 0;
+  int m_aliasExpansions = 0;
 
   std::unordered_map<std::string, std::string, CaseFoldHash, CaseFoldEqual> m_aliases;
   std::string m_lineText;  // the input line being added, with its line feed
   std::string m_mapName;
   std::string m_pendingMap;
   bool m_levelActive = false;
+  bool m_busy = false;  // what a line queued outlasted the settle bounds and still waits
   bool m_quit = false;
   bool m_shutDown = false;
   CStandIn* m_previous = nullptr;  // current before this one
+  static volatile std::sig_atomic_t s_interruptRequested;
 };
 
 extern CStandIn* g_standIn;

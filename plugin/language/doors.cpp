@@ -3,6 +3,7 @@
 // in python/binder.cpp, which binds the rows of that list.
 #include "language/doors.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -38,6 +39,12 @@ public:
     m_help = row.help;
     if (expanded) m_help += kExpandsSuffix;
     Create(m_name, nullptr, m_help.c_str(), 0);
+    // The usage as this door prints it below the minimum, for the engine's `help`.
+    if (row.usage) {
+      m_usage.resize(size_t(std::max(0, snprintf(nullptr, 0, row.usage, m_name))));
+      snprintf(m_usage.data(), m_usage.size() + 1, row.usage, m_name);
+      SetUsage(m_usage.c_str());
+    }
   }
 
   void Dispatch() override {
@@ -60,12 +67,16 @@ private:
   bool m_expanded;
   char m_name[kMaxDoorName];
   std::string m_help;
+  std::string m_usage;
 };
 
 // The expanded command of a prefix twin: a fixed start, the engine's argument text, through `tw`.
 class PrefixTwinDoor : public ConCommand {
 public:
-  explicit PrefixTwinDoor(const PrefixTwinRow& row) : m_row(row) { Create(row.name, nullptr, row.help, 0); }
+  explicit PrefixTwinDoor(const PrefixTwinRow& row) : m_row(row) {
+    Create(row.name, nullptr, row.help, 0);
+    SetUsage(row.usage);
+  }
 
   void Dispatch() override {
     if (engine->Cmd_Argc() < m_row.minArgc) {

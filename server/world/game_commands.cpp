@@ -1,6 +1,7 @@
 // The game's console commands: chat (say, say_team) and the cheat commands that act for the command client
-// (give, ent_create, ent_fire, setpos...). Each cheat command checks sv_cheats itself, since plugins call
-// Dispatch directly; the server console acts for nobody, and commands that need a player say so.
+// (give, ent_create, ent_fire, setpos...). The console's dispatch of a table command checks sv_cheats and
+// the count, plugins' direct Dispatch calls included; the server console acts for nobody, and commands that
+// need a player say so.
 #include <strings.h>
 
 #include <cstring>
@@ -17,13 +18,6 @@ constexpr int kGameCheat = FCVAR_GAMEDLL | FCVAR_CHEAT;
 IVEngineServer& Engine() { return g_standIn->Engine(); }
 const char* Argv(int i) { return Engine().Cmd_Argv(i); }
 int Argc() { return Engine().Cmd_Argc(); }
-
-bool CheatsOn(const char* command) {
-  ConVar* cheats = g_standIn->Console().FindVar("sv_cheats");
-  if (cheats && cheats->GetInt() >= 1) return true;
-  Msg("Can't use cheat command %s unless sv_cheats is 1\n", command);
-  return false;
-}
 
 // The player the command acts for; the console acts for nobody.
 CClient* Player(const char* command) {
@@ -85,13 +79,8 @@ void SayTeam_f() { Chat(true); }
 // ---- making entities ----
 
 void Give_f() {
-  if (!CheatsOn("give")) return;
   CClient* player = Player("give");
   if (!player) return;
-  if (Argc() < 2) {
-    Msg("Usage: give <entity name>\n");
-    return;
-  }
   const EntityType* type = CreatableType(Argv(1), "NULL Ent in GiveNamedItem! (%s)\n");
   CEntity* entity = type ? SimWorld().CreateEntity(*type, PlayerOrigin(player)) : nullptr;
   if (!entity) return;
@@ -117,11 +106,6 @@ void ApplyKeyValue(CEntity& entity, const char* key, const char* value) {
 }
 
 void EntCreate_f() {
-  if (!CheatsOn("ent_create")) return;
-  if (Argc() < 2) {
-    Msg("Usage: ent_create <entity name> [<key> <value>]...\n");
-    return;
-  }
   CClient* player = SimWorld().CommandClient();
   const EntityType* type = CreatableType(Argv(1), "ent_create: unknown entity \"%s\"\n");
   CEntity* entity = type ? SimWorld().CreateEntity(*type, PlayerOrigin(player)) : nullptr;
@@ -131,23 +115,13 @@ void EntCreate_f() {
 }
 
 void TestCreateEntity_f() {
-  if (!CheatsOn("Test_CreateEntity")) return;
-  if (Argc() < 2) {
-    Msg("Usage: Test_CreateEntity <entity name>\n");
-    return;
-  }
   CClient* player = SimWorld().CommandClient();
   const EntityType* type = CreatableType(Argv(1), "Test_CreateEntity: unknown entity \"%s\"\n");
   CEntity* entity = type ? SimWorld().CreateEntity(*type, PlayerOrigin(player)) : nullptr;
   if (entity) MadeBy(player, *entity);
 }
 
-void CreateProp(const char* command, const char* entityName) {
-  if (!CheatsOn(command)) return;
-  if (Argc() < 2) {
-    Msg("Usage: %s <model name>\n", command);
-    return;
-  }
+void CreateProp(const char* entityName) {
   std::string model = Argv(1);
   if (model.compare(0, 7, "models/") != 0) model = "models/" + model;
   if (model.size() < 4 || strcasecmp(model.c_str() + model.size() - 4, ".mdl") != 0) model += ".mdl";
@@ -158,11 +132,10 @@ void CreateProp(const char* command, const char* entityName) {
   MadeBy(player, *entity);
 }
 
-void PropPhysicsCreate_f() { CreateProp("prop_physics_create", "prop_physics"); }
-void PropDynamicCreate_f() { CreateProp("prop_dynamic_create", "prop_dynamic"); }
+void PropPhysicsCreate_f() { CreateProp("prop_physics"); }
+void PropDynamicCreate_f() { CreateProp("prop_dynamic"); }
 
 void TestEntityBlocker_f() {
-  if (!CheatsOn("test_entity_blocker")) return;
   CClient* player = Player("test_entity_blocker");
   if (!player) return;
   CEntity* entity = SimWorld().CreateEntity(*FindEntityType("entity_blocker"), PlayerOrigin(player));
@@ -184,11 +157,6 @@ std::vector<CEntity*> Targets(const char* target, CClient* player) {
 }
 
 void EntFire_f() {
-  if (!CheatsOn("ent_fire")) return;
-  if (Argc() < 2) {
-    Msg("Usage: ent_fire <target> [action] [value] [delay]\n");
-    return;
-  }
   CClient* player = SimWorld().CommandClient();
   std::vector<CEntity*> targets = Targets(Argv(1), player);
   if (targets.empty()) {
@@ -205,7 +173,6 @@ void EntFire_f() {
 }
 
 void EntRemove_f() {
-  if (!CheatsOn("ent_remove")) return;
   CSimWorld& world = SimWorld();
   CClient* player = world.CommandClient();
   std::vector<CEntity*> targets;
@@ -226,11 +193,6 @@ void EntRemove_f() {
 }
 
 void EntSetName_f() {
-  if (!CheatsOn("ent_setname")) return;
-  if (Argc() < 2) {
-    Msg("Usage: ent_setname <new name> [entity]\n");
-    return;
-  }
   CClient* player = SimWorld().CommandClient();
   std::vector<CEntity*> targets;
   if (Argc() > 2) targets = Targets(Argv(2), player);
@@ -248,13 +210,8 @@ void EntSetName_f() {
 // ---- moving the player ----
 
 void SetPos_f() {
-  if (!CheatsOn("setpos")) return;
   CClient* player = Player("setpos");
   if (!player) return;
-  if (Argc() < 3) {
-    Msg("Usage: setpos <x> <y> [z]\n");
-    return;
-  }
   Vector& o = player->entity->fields.origin;
   o.x = float(atof(Argv(1)));
   o.y = float(atof(Argv(2)));
@@ -263,13 +220,8 @@ void SetPos_f() {
 }
 
 void SetAng_f() {
-  if (!CheatsOn("setang")) return;
   CClient* player = Player("setang");
   if (!player) return;
-  if (Argc() < 3) {
-    Msg("Usage: setang <pitch> <yaw> [roll]\n");
-    return;
-  }
   QAngle& a = player->entity->fields.angles;
   a.x = float(atof(Argv(1)));
   a.y = float(atof(Argv(2)));
@@ -278,11 +230,6 @@ void SetAng_f() {
 }
 
 void TestDispatchEffect_f() {
-  if (!CheatsOn("test_dispatcheffect")) return;
-  if (Argc() < 2) {
-    Msg("Usage: test_dispatcheffect <effect name> <distance away> <flags> <magnitude> <scale>\n");
-    return;
-  }
   Vector at = PlayerOrigin(SimWorld().CommandClient());
   char text[256];
   snprintf(text, sizeof text, " at %g,%g,%g distance %g flags %d magnitude %d scale %d", double(at.x), double(at.y),
@@ -293,23 +240,28 @@ void TestDispatchEffect_f() {
 const ConsoleCommandDef kCommands[] = {
     {"say", Say_f, "Says a line to everybody.", FCVAR_GAMEDLL},
     {"say_team", SayTeam_f, "Says a line to your team.", FCVAR_GAMEDLL},
-    {"give", Give_f, "Gives the player an entity: give <entity name>.", kGameCheat},
+    {"give", Give_f, "Gives the player an entity: give <entity name>.", kGameCheat, 2,
+     "Usage: give <entity name>\n"},
     {"ent_create", EntCreate_f, "Makes an entity where the player stands: ent_create <entity name> [<key> <value>]...",
-     kGameCheat},
-    {"Test_CreateEntity", TestCreateEntity_f, "Makes an entity: Test_CreateEntity <entity name>.", kGameCheat},
+     kGameCheat, 2, "Usage: ent_create <entity name> [<key> <value>]...\n"},
+    {"Test_CreateEntity", TestCreateEntity_f, "Makes an entity: Test_CreateEntity <entity name>.", kGameCheat, 2,
+     "Usage: Test_CreateEntity <entity name>\n"},
     {"prop_physics_create", PropPhysicsCreate_f, "Makes a physics prop of a model: prop_physics_create <model>.",
-     kGameCheat},
+     kGameCheat, 2, "Usage: prop_physics_create <model name>\n"},
     {"prop_dynamic_create", PropDynamicCreate_f, "Makes a dynamic prop of a model: prop_dynamic_create <model>.",
-     kGameCheat},
-    {"ent_setname", EntSetName_f, "Names what the player looks at: ent_setname <new name> [entity].", kGameCheat},
+     kGameCheat, 2, "Usage: prop_dynamic_create <model name>\n"},
+    {"ent_setname", EntSetName_f, "Names what the player looks at: ent_setname <new name> [entity].", kGameCheat, 2,
+     "Usage: ent_setname <new name> [entity]\n"},
     {"ent_remove", EntRemove_f, "Removes an entity by index, name or class name, or what the player looks at.",
      kGameCheat},
-    {"ent_fire", EntFire_f, "Fires an input at entities: ent_fire <target> [action] [value] [delay].", kGameCheat},
-    {"setpos", SetPos_f, "Moves the player: setpos <x> <y> [z].", kGameCheat},
-    {"setang", SetAng_f, "Turns the player: setang <pitch> <yaw> [roll].", kGameCheat},
+    {"ent_fire", EntFire_f, "Fires an input at entities: ent_fire <target> [action] [value] [delay].", kGameCheat, 2,
+     "Usage: ent_fire <target> [action] [value] [delay]\n"},
+    {"setpos", SetPos_f, "Moves the player: setpos <x> <y> [z].", kGameCheat, 3, "Usage: setpos <x> <y> [z]\n"},
+    {"setang", SetAng_f, "Turns the player: setang <pitch> <yaw> [roll].", kGameCheat, 3,
+     "Usage: setang <pitch> <yaw> [roll]\n"},
     {"test_dispatcheffect", TestDispatchEffect_f,
      "Shows an effect at the player: test_dispatcheffect <effect name> <distance away> <flags> <magnitude> <scale>.",
-     kGameCheat},
+     kGameCheat, 2, "Usage: test_dispatcheffect <effect name> <distance away> <flags> <magnitude> <scale>\n"},
     {"test_entity_blocker", TestEntityBlocker_f, "Puts an entity blocker where the player stands.", kGameCheat},
 };
 

@@ -59,8 +59,8 @@ edict_t* EdictOf(CClient& client) { return Engine().PEntityOfEntIndex(client.slo
 // ---- connecting ----
 
 void SimConnect_f() {
-  if (Argc() < 2 || !Argv(1)[0]) {
-    Msg("Usage: sim_connect <name> [STEAM_x:y:z]: a client connects\n");
+  if (!Argv(1)[0]) {
+    PrintConsoleUsage();
     return;
   }
   // The id is taken raw: its colons are break characters to the tokenizer.
@@ -74,8 +74,8 @@ void SimConnect_f() {
 }
 
 void SimAddBot_f() {
-  if (Argc() < 2 || !Argv(1)[0]) {
-    Msg("Usage: sim_addbot <name>: a bot joins\n");
+  if (!Argv(1)[0]) {
+    PrintConsoleUsage();
     return;
   }
   edict_t* edict = Engine().CreateFakeClient(Argv(1));
@@ -84,10 +84,6 @@ void SimAddBot_f() {
 }
 
 void SimDisconnect_f() {
-  if (Argc() < 2) {
-    Msg("Usage: sim_disconnect <userid> [reason]: a client leaves\n");
-    return;
-  }
   CClient* client = ClientArg(1);
   if (!client) return;
   std::string name = client->name;
@@ -100,10 +96,6 @@ void SimDisconnect_f() {
 // ---- talking and typing ----
 
 void Chat(const char* command) {
-  if (Argc() < 3) {
-    Msg("Usage: %s <userid> <text...>: the client says a line\n", Argv(0));
-    return;
-  }
   CClient* client = ClientArg(1);
   if (!client) return;
   std::string text = Unquoted(RawAfterFirst());
@@ -115,10 +107,6 @@ void SimSay_f() { Chat("say"); }
 void SimSayTeam_f() { Chat("say_team"); }
 
 void SimClient_f() {
-  if (Argc() < 3) {
-    Msg("Usage: sim_client <userid> <command...>: the client types a console command\n");
-    return;
-  }
   if (CClient* client = ClientArg(1)) SimWorld().ClientConsole(*client, Unquoted(RawAfterFirst()).c_str());
 }
 
@@ -145,10 +133,6 @@ bool Alive(CClient& client) {
 }
 
 void SimKill_f() {
-  if (Argc() < 3) {
-    Msg("Usage: sim_kill <attacker userid, 0 for the world> <victim userid> [weapon]\n");
-    return;
-  }
   CClient* attacker = nullptr;
   CClient* victim = nullptr;
   if (!AttackerArg(1, attacker) || !(victim = ClientArg(2)) || !Alive(*victim)) return;
@@ -158,8 +142,8 @@ void SimKill_f() {
 
 void SimHurt_f() {
   int damage = 0;
-  if (Argc() < 4 || !ParseInt(Argv(3), damage) || damage < 1) {
-    Msg("Usage: sim_hurt <attacker userid, 0 for the world> <victim userid> <damage, 1 or more> [weapon]\n");
+  if (!ParseInt(Argv(3), damage) || damage < 1) {
+    PrintConsoleUsage();
     return;
   }
   CClient* attacker = nullptr;
@@ -170,11 +154,11 @@ void SimHurt_f() {
 }
 
 void SimSpawn_f() {
-  if (Argc() < 2) {
-    Msg("Usage: sim_spawn <userid>: the player (re)spawns with full health\n");
-    return;
-  }
-  if (CClient* client = ClientArg(1)) SimWorld().Spawn(*client);
+  CClient* client = ClientArg(1);
+  if (!client) return;
+  SimWorld().Spawn(*client);
+  Msg("Client \"%s\" (userid %d) spawned with %d health\n", client->name.c_str(), client->userid,
+      client->entity->fields.health);
 }
 
 // ---- setting state ----
@@ -240,12 +224,6 @@ bool SetTextField(CClient& c, const char* field, const char* value) {
   return true;
 }
 
-void SimSetUsage() {
-  Msg("Usage: sim_set <userid> <field> <value>; fields: name, team, health, armor, helmet, money, frags, deaths,\n"
-      "  dead (0/1), weapon, model, origin/angles/move (\"x,y,z\"), observer, hltv, vehicle (0/1),\n"
-      "  latency (ms), loss (%%), cvar:<client variable>\n");
-}
-
 void SimSet_f() {
   // "cvar:NAME" reaches here as three tokens, the colon being a break character.
   std::string field = Argv(2);
@@ -255,7 +233,7 @@ void SimSet_f() {
     valueArg = 5;
   }
   if (Argc() <= valueArg) {
-    SimSetUsage();
+    PrintConsoleUsage();
     return;
   }
   CClient* client = ClientArg(1);
@@ -267,7 +245,7 @@ void SimSet_f() {
     else SetIntField(*client, field.c_str(), number);
     return;
   }
-  if (!SetTextField(*client, field.c_str(), value)) SimSetUsage();
+  if (!SetTextField(*client, field.c_str(), value)) PrintConsoleUsage();
 }
 
 void SimPlayers_f() {
@@ -303,10 +281,6 @@ void SimPhysics_f() {
 }
 
 void SimVoice_f() {
-  if (Argc() < 2) {
-    Msg("Usage: sim_voice <userid>: a person talks over voice\n");
-    return;
-  }
   CClient* speaker = ClientArg(1);
   if (!speaker) return;
   if (speaker->fake) {
@@ -322,7 +296,7 @@ void SimMessages_f() {
   CSimWorld& world = SimWorld();
   if (Argc() > 1 && strcasecmp(Argv(1), "on") == 0) world.ShowDeliveries(true);
   else if (Argc() > 1 && strcasecmp(Argv(1), "off") == 0) world.ShowDeliveries(false);
-  else if (Argc() > 1) Msg("Usage: sim_messages on|off: shows or hides what reaches clients\n");
+  else if (Argc() > 1) PrintConsoleUsage();
   Msg("sim_messages is %s\n", world.DeliveriesShown() ? "on" : "off");
 }
 
@@ -347,33 +321,47 @@ void SimWatch_f() {
     Msg("sim_watch: no event is watched\n");
     return;
   }
-  if (Argc() < 2) {
-    Msg("Usage: sim_watch <event>... | off: prints the events named as they fire\n");
-    return;
-  }
+  std::string watched;
   for (int i = 1; i < Argc(); ++i) {
-    if (events.FindListener(&g_watcher, Argv(i))) continue;
-    if (!events.AddListener(&g_watcher, Argv(i), true)) Msg("sim_watch: no event \"%s\" is declared\n", Argv(i));
+    events.AddListener(&g_watcher, Argv(i), true);
+    const EventDescriptor* d = events.FindDescriptor(Argv(i));
+    watched += std::string(i > 1 ? ", " : " ") + Argv(i) + (d && !d->file.empty() ? "" : " (not declared yet)");
   }
+  Msg("sim_watch: watching%s\n", watched.c_str());
 }
 
 const ConsoleCommandDef kCommands[] = {
-    {"sim_connect", SimConnect_f, "A client connects: sim_connect <name> [STEAM_x:y:z]; prints its userid.", 0},
-    {"sim_addbot", SimAddBot_f, "A bot joins: sim_addbot <name>; prints its userid.", 0},
-    {"sim_disconnect", SimDisconnect_f, "A client leaves: sim_disconnect <userid> [reason].", 0},
-    {"sim_say", SimSay_f, "A client says a line: sim_say <userid> <text...>.", 0},
-    {"sim_sayteam", SimSayTeam_f, "A client says a line to its team: sim_sayteam <userid> <text...>.", 0},
-    {"sim_client", SimClient_f, "A client types a console command: sim_client <userid> <command...>.", 0},
-    {"sim_kill", SimKill_f, "A player kills another: sim_kill <attacker, 0 for the world> <victim> [weapon].", 0},
-    {"sim_hurt", SimHurt_f, "A player hurts another: sim_hurt <attacker, 0 for the world> <victim> <damage>.", 0},
-    {"sim_spawn", SimSpawn_f, "A player (re)spawns with full health: sim_spawn <userid>.", 0},
-    {"sim_set", SimSet_f, "Sets a player's state: sim_set <userid> <field> <value>.", 0},
+    {"sim_connect", SimConnect_f, "A client connects: sim_connect <name> [STEAM_x:y:z]; prints its userid.", 0, 2,
+     "Usage: sim_connect <name> [STEAM_x:y:z]: a client connects\n"},
+    {"sim_addbot", SimAddBot_f, "A bot joins: sim_addbot <name>; prints its userid.", 0, 2,
+     "Usage: sim_addbot <name>: a bot joins\n"},
+    {"sim_disconnect", SimDisconnect_f, "A client leaves: sim_disconnect <userid> [reason].", 0, 2,
+     "Usage: sim_disconnect <userid> [reason]: a client leaves\n"},
+    {"sim_say", SimSay_f, "A client says a line: sim_say <userid> <text...>.", 0, 3,
+     "Usage: sim_say <userid> <text...>: the client says a line\n"},
+    {"sim_sayteam", SimSayTeam_f, "A client says a line to its team: sim_sayteam <userid> <text...>.", 0, 3,
+     "Usage: sim_sayteam <userid> <text...>: the client says a line\n"},
+    {"sim_client", SimClient_f, "A client types a console command: sim_client <userid> <command...>.", 0, 3,
+     "Usage: sim_client <userid> <command...>: the client types a console command\n"},
+    {"sim_kill", SimKill_f, "A player kills another: sim_kill <attacker, 0 for the world> <victim> [weapon].", 0, 3,
+     "Usage: sim_kill <attacker userid, 0 for the world> <victim userid> [weapon]\n"},
+    {"sim_hurt", SimHurt_f, "A player hurts another: sim_hurt <attacker, 0 for the world> <victim> <damage>.", 0, 4,
+     "Usage: sim_hurt <attacker userid, 0 for the world> <victim userid> <damage, 1 or more> [weapon]\n"},
+    {"sim_spawn", SimSpawn_f, "A player (re)spawns with full health: sim_spawn <userid>.", 0, 2,
+     "Usage: sim_spawn <userid>: the player (re)spawns with full health\n"},
+    {"sim_set", SimSet_f, "Sets a player's state: sim_set <userid> <field> <value>.", 0, 4,
+     "Usage: sim_set <userid> <field> <value>; fields: name, team, health, armor, helmet, money, frags, deaths,\n"
+     "  dead (0/1), weapon, model, origin/angles/move (\"x,y,z\"), observer, hltv, vehicle (0/1),\n"
+     "  latency (ms), loss (%), cvar:<client variable>\n"},
     {"sim_players", SimPlayers_f, "Lists the players with their state.", 0},
     {"sim_physics", SimPhysics_f, "Lists the physics objects in order of making, awake or asleep, with their motion.",
      0},
-    {"sim_voice", SimVoice_f, "A person talks over voice: sim_voice <userid>; shows who hears him.", 0},
-    {"sim_messages", SimMessages_f, "Shows (on) or hides (off) what reaches clients.", 0},
-    {"sim_watch", SimWatch_f, "Prints the named events as they fire: sim_watch <event>... | off.", 0},
+    {"sim_voice", SimVoice_f, "A person talks over voice: sim_voice <userid>; shows who hears him.", 0, 2,
+     "Usage: sim_voice <userid>: a person talks over voice\n"},
+    {"sim_messages", SimMessages_f, "Shows (on) or hides (off) what reaches clients.", 0, 0,
+     "Usage: sim_messages on|off: shows or hides what reaches clients\n"},
+    {"sim_watch", SimWatch_f, "Prints the named events as they fire: sim_watch <event>... | off.", 0, 2,
+     "Usage: sim_watch <event>... | off: prints the events named as they fire\n"},
 };
 
 }  // namespace

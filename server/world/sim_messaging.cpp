@@ -11,6 +11,7 @@
 #include <string>
 
 #include "KeyValues.h"
+#include "console.h"
 #include "iserverplugin.h"
 #include "standin.h"
 #include "tier0.h"
@@ -62,8 +63,8 @@ int KeyBit(char key) { return 1 << (key == '0' ? 9 : key - '1'); }
 
 void SimMenu_f() {
   const char* key = Argv(2);
-  if (Argc() < 3 || key[0] < '0' || key[0] > '9' || key[1]) {
-    Msg("Usage: sim_menu <userid> <key 0-9>: the player presses a number key on the open menu\n");
+  if (key[0] < '0' || key[0] > '9' || key[1]) {
+    PrintConsoleUsage();
     return;
   }
   CClient* client = ClientArg();
@@ -123,11 +124,6 @@ bool DialogAnswer(const CClient& client, const char* choice, std::string& line) 
 }
 
 void SimDialog_f() {
-  if (Argc() < 3) {
-    Msg("Usage: sim_dialog <userid> <choice>: the player answers the last dialog (a button's number, or the "
-        "text typed into an entry box)\n");
-    return;
-  }
   CClient* client = ClientArg();
   std::string line;
   if (!client || !DialogAnswer(*client, Argv(2), line)) return;
@@ -138,10 +134,6 @@ void SimDialog_f() {
 }
 
 void SimStringTable_f() {
-  if (Argc() < 3) {
-    Msg("Usage: sim_stringtable <table> <text> [userdata]: adds a string to a table as the engine does\n");
-    return;
-  }
   CStringTable* table = SimWorld().StringTables().Table(Argv(1));
   if (!table) {
     Msg("sim_stringtable: no string table \"%s\"\n", Argv(1));
@@ -152,11 +144,15 @@ void SimStringTable_f() {
 }
 
 const ConsoleCommandDef kCommands[] = {
-    {"sim_menu", SimMenu_f, "The player presses a number key on the open menu: sim_menu <userid> <key 0-9>.", 0},
+    {"sim_menu", SimMenu_f, "The player presses a number key on the open menu: sim_menu <userid> <key 0-9>.", 0, 3,
+     "Usage: sim_menu <userid> <key 0-9>: the player presses a number key on the open menu\n"},
     {"sim_dialog", SimDialog_f, "The player answers the last dialog: sim_dialog <userid> <button number or text>.",
-     0},
+     0, 3,
+     "Usage: sim_dialog <userid> <choice>: the player answers the last dialog (a button's number, or the text "
+     "typed into an entry box)\n"},
     {"sim_stringtable", SimStringTable_f,
-     "Adds a string to a string table as the engine does: sim_stringtable <table> <text> [userdata].", 0},
+     "Adds a string to a string table as the engine does: sim_stringtable <table> <text> [userdata].", 0, 3,
+     "Usage: sim_stringtable <table> <text> [userdata]: adds a string to a table as the engine does\n"},
 };
 
 }  // namespace

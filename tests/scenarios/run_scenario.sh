@@ -1,20 +1,22 @@
 #!/usr/bin/env bash
 # Runs one scenario: the stand-in server on a fresh copy of the demo tree, fed the scenario's input.txt,
-# its output compared with expected.txt. Usage: run_scenario.sh SCENARIO_DIR BUILD_DIR DEMO_DIR
+# its output compared with expected.txt. Usage: run_scenario.sh SCENARIO_DIR BUILD_DIR [DEMO_TREE]
+# DEMO_TREE is the demo tree as built, BUILD_DIR/demo unless given.
 # UPDATE=1 writes the output to expected.txt instead of comparing. See README.md in this folder.
 set -uo pipefail
 
 scenario=$(cd "$1" && pwd)
 build=$(cd "$2" && pwd)
-demo=$(cd "$3" && pwd)
+demo=$(cd "${3:-$build/demo}" && pwd)
 # Named <area>/<name> in messages, as the folders are.
 name=$(basename "$(dirname "$scenario")")/$(basename "$scenario")
 marker='==== input ===='
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/tw-scenario-${name//\//.}.XXXXXX")
-trap 'rm -rf "$work"' EXIT
+input=$(mktemp "${TMPDIR:-/tmp}/tw-scenario-input.XXXXXX")
+trap 'rm -rf "$work" "$input"' EXIT
 
-# The server root: demo/ with symlinks followed, then the scenario's own game files over it.
+# The server root: the demo tree as built, then the scenario's own game files over it.
 cp -rL "$demo/." "$work/"
 if [ -d "$scenario/game" ]; then
   cp -rL "$scenario/game/." "$work/game/"
@@ -25,11 +27,9 @@ if [ -f "$scenario/args" ]; then
   eval "args=($(head -n 1 "$scenario/args"))"
 fi
 
-output=$(
-  cd "$work" &&
-    { echo "echo $marker"; cat "$scenario/input.txt"; } |
-    "$build/tidewright-server" --game "$work/game" "${args[@]}" 2>&1
-)
+# From a file, not a pipe: a server that ends without reading its input leaves no writer to a broken pipe.
+{ echo "echo $marker"; cat "$scenario/input.txt"; } >"$input"
+output=$(cd "$work" && "$build/tidewright-server" --game "$work/game" "${args[@]}" <"$input" 2>&1)
 status=$?
 # Paths of the temporary copy differ from run to run, and the build folder from checkout to checkout.
 output=${output//$work/@ROOT@}

@@ -1,4 +1,4 @@
-// TestServer: a stand-in server on a temporary copy of demo/, driven in-process.
+// TestServer: a stand-in server on a temporary copy of the demo tree as built, driven in-process.
 #include "test_server.h"
 
 #include <stdlib.h>
@@ -36,7 +36,7 @@ void WriteFile(const fs::path& path, const std::string& content) {
 TestServer::TestServer() : TestServer(Options{}) {}
 
 TestServer::TestServer(const Options& options) : m_root(MakeTempRoot()) {
-  fs::copy(fs::path(TW_SOURCE_DIR) / "demo", m_root, fs::copy_options::recursive);
+  fs::copy(fs::path(TW_DEMO_TREE), m_root, fs::copy_options::recursive);
   for (const auto& [path, content] : options.files) WriteFile(fs::path(GameDir()) / path, content);
 
   std::vector<std::string> words = {"tidewright-server", "--game", GameDir()};

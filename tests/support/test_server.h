@@ -1,5 +1,7 @@
-// A whole stand-in server inside a test. TestServer copies demo/ to a fresh temporary folder, starts the
-// server there with a plugin (or none), runs console lines to their end and hands back what they printed.
+// A whole stand-in server inside a test. TestServer copies the demo tree as built (build/demo: the tracked
+// files of demo/ and the plugin's event file, never what a run left in demo/) to a fresh temporary folder,
+// starts the server there with a plugin (or none), runs console lines to their end and hands back what
+// they printed.
 //
 //   TestServer server;                                   // no plugin
 //   EXPECT_EQ(server.Run("echo hi"), "hi\n");

@@ -276,7 +276,7 @@ TEST_F(PythonCallsTest, TheSayFilterSeesTheLineFirst) {
     Python(std::string("calls.clear()\nmode['sayFilter'] = ") + c.answer);
     std::string out = Run("sim_watch tw_player_chat\n" + say + "\nsim_watch off");
     EXPECT_EQ(Contains(out, "Talker: hello there"), c.passes) << c.answer << out;
-    EXPECT_EQ(Contains(out, "tw_player_chat"), c.passes) << c.answer << out;
+    EXPECT_EQ(Contains(out, "event tw_player_chat"), c.passes) << c.answer << out;
     EXPECT_TRUE(Contains(Calls(), "sayFilter(" + std::to_string(userid) + ", '\"hello there\"', 0)\n")) << c.answer;
   }
 }

@@ -96,7 +96,9 @@ TEST(CommandBuffer, HundredThousandPendingLinesFitTheDefaultAndLongQueuesKeepOrd
   int next = 0;
   for (int i = 0; i < 300000; ++i) {
     b.AddText(("c" + std::to_string(i) + "\n").c_str());
-    if (i % 3 == 0 && b.NextCommand(cmd)) ASSERT_EQ(cmd, "c" + std::to_string(next++));
+    if (i % 3 == 0 && b.NextCommand(cmd)) {
+      ASSERT_EQ(cmd, "c" + std::to_string(next++));
+    }
   }
   while (b.NextCommand(cmd)) ASSERT_EQ(cmd, "c" + std::to_string(next++));
   EXPECT_EQ(next, 300000);

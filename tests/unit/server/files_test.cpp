@@ -1,11 +1,28 @@
 // The file system's path rules and file operations, forged and closed handles included.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "files.h"
 #include "test_server.h"
+
+// Every allocation of the binary is counted, so that a test can show a path of the code makes none. The
+// sanitizer build keeps its own allocator.
+#ifndef TW_SANITIZE
+namespace {
+size_t g_allocations = 0;
+}
+void* operator new(size_t size) {
+  ++g_allocations;
+  if (void* p = malloc(size ? size : 1)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { free(p); }
+void operator delete(void* p, size_t) noexcept { free(p); }
+#endif
 
 namespace {
 
@@ -30,16 +47,38 @@ TEST_F(FileSystemTest, PathsAreRelativeToTheModAndNeverLeaveTheRoot) {
       {"/etc/passwd", ""},
       {"/../etc/passwd", ""},  // climbs above the start of the path
       {"", ""},
+      {"cfg/" + std::string(FILES_MAX_PATH, 'a'), ""},  // longer than a path may be
+      {"cfg/" + std::string(FILES_MAX_PATH, 'a') + "/../../a.cfg", ""},
+      {root + "/game", "/game"},
+      {root + "x/game/cfg", ""},  // a sibling whose name starts with the root's
   };
   for (const auto& c : cases) {
     std::string out;
     bool resolved = files->ResolvePath(c.path.c_str(), out);
-    EXPECT_EQ(resolved ? out : "", c.resolved.empty() ? "" : root + c.resolved) << c.path;
+    EXPECT_EQ(resolved ? out : "", c.resolved.empty() ? "" : root + c.resolved) << c.path.substr(0, 80);
   }
   std::string out;
   EXPECT_FALSE(files->ResolvePath(nullptr, out));
   EXPECT_TRUE(files->FileExists("../hl2/resource/serverevents.res"));
   EXPECT_EQ(files->Open("../../outside.txt", "w"), FILESYSTEM_INVALID_HANDLE);
+}
+
+// An event nobody wants costs one file test: it must not allocate.
+TEST_F(FileSystemTest, AFileTestAllocatesNothing) {
+#ifdef TW_SANITIZE
+  GTEST_SKIP() << "allocations are counted in the release build";
+#else
+  const char* paths[] = {"cfg/tidewright/player_death.cfg", "cfg/autoexec.cfg", "../hl2/resource/gameevents.res",
+                         "../../outside.cfg", "cfg\\..\\cfg\\server.cfg"};
+  bool found[std::size(paths)] = {};
+  size_t before = g_allocations;
+  for (size_t i = 0; i < std::size(paths); ++i) found[i] = files->FileExists(paths[i]);
+  size_t made = g_allocations - before;
+  EXPECT_EQ(made, 0u);
+  EXPECT_FALSE(found[0]);
+  EXPECT_TRUE(found[1] && found[2] && found[4]);
+  EXPECT_FALSE(found[3]);
+#endif
 }
 
 TEST_F(FileSystemTest, WritesAppendsAndReads) {
