@@ -113,6 +113,8 @@ private:
     if ((expandedTwin || c.expanded) && StartsVariableForm(c.args, index)) return;
     const std::string block = c.args.Argv(index);
     if (m_known.IsBlock(block) || m_facts.blocks.count(block)) return;
+    const size_t slash = block.rfind('/');
+    if (slash != std::string::npos && m_known.IsPythonAddon(block.substr(0, slash))) return;
     std::vector<std::string> blocks = m_known.BlockNames();
     for (const auto& [name, place] : m_facts.blocks) blocks.push_back(name);
     Error("no block " + Quoted(block) + " in the checked scripts or the scripts loaded at start-up" +

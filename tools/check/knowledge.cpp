@@ -2,6 +2,7 @@
 #include "knowledge.h"
 
 #include <cctype>
+#include <filesystem>
 
 #include "quiet_server.h"
 #include "script/machine.h"
@@ -19,6 +20,7 @@ bool ServerKnowledge::Learn(const std::string& gameDir, const std::vector<std::s
     error = "the stand-in didn't start with the plugin on " + gameDir + ":\n" + quiet.Output();
     return false;
   }
+  m_gameDir = gameDir;
   CStandIn& server = quiet.Server();
   for (const std::string& file : eventFiles) server.Events().LoadEventsFromFile(file.c_str());
   for (ConCommandBase* c = server.Console().GetCommands(); c; c = c->GetNext()) AddName(c->GetName());
@@ -27,6 +29,14 @@ bool ServerKnowledge::Learn(const std::string& gameDir, const std::vector<std::s
   for (CScript* script = g_scriptMachine.registry.FirstScript(); script; script = script->next)
     for (CBlock* block = script->firstBlock; block; block = block->next) AddBlock(block->name);
   return true;
+}
+
+bool ServerKnowledge::IsPythonAddon(const std::string& scriptName) const {
+  if (m_gameDir.empty() || scriptName.empty()) return false;
+  const size_t slash = scriptName.rfind('/');
+  const std::string last = slash == std::string::npos ? scriptName : scriptName.substr(slash + 1);
+  std::error_code ec;
+  return std::filesystem::is_regular_file(m_gameDir + "/addons/tidewright/" + scriptName + "/" + last + ".py", ec);
 }
 
 bool ServerKnowledge::IsName(const std::string& name) const { return m_folded.count(Folded(name)) != 0; }

@@ -18,6 +18,9 @@ public:
   // A block of a script loaded at start-up, by its exact full name.
   bool IsBlock(const std::string& fullName) const { return m_blocks.count(fullName) != 0; }
   const std::vector<std::string>& BlockNames() const { return m_blockNames; }
+  // A Python addon of that script name in the game tree (addons/tidewright/NAME/LAST.py): its blocks are
+  // made when it is imported, so the checker can't know them.
+  bool IsPythonAddon(const std::string& scriptName) const;
   // A declared game event, ignoring case.
   bool IsEvent(const std::string& name) const;
   // Every command, variable and alias name as registered.
@@ -30,6 +33,7 @@ public:
   void AddEvent(const std::string& name);
 
 private:
+  std::string m_gameDir;
   std::vector<std::string> m_names;
   std::unordered_set<std::string> m_folded;  // names, lower case
   std::unordered_set<std::string> m_blocks;

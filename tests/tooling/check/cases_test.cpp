@@ -1,6 +1,7 @@
 // The checker's cases: cases/tw_NAME.txt holds a script with one kind of mistake (or none: tw_clean.txt),
 // cases/NAME.expected the exact report. The names come from a stand-in on a copy of the demo tree as built,
-// with one event file of a script's own (custom.res). UPDATE=1 writes the reports instead of comparing.
+// with one event file of a script's own (custom.res) and a Python addon (pyaddon). UPDATE=1 writes the
+// reports instead of comparing.
 #include <stdlib.h>
 
 #include <filesystem>
@@ -38,6 +39,9 @@ protected:
     fs::create_directories(fs::path(s_root) / "game/addons/tidewright/custom");
     std::ofstream(fs::path(s_root) / "game/addons/tidewright/custom/custom.res")
         << "\"custom\"\n{\n  \"custom_signal\"\n  {\n    \"strength\" \"short\"\n  }\n}\n";
+    fs::create_directories(fs::path(s_root) / "game/addons/tidewright/pyaddon");
+    std::ofstream(fs::path(s_root) / "game/addons/tidewright/pyaddon/pyaddon.py")
+        << "import tw\n\n@tw.block(\"report\")\ndef report() -> None:\n    print(\"report\")\n";
     std::vector<Source> all;
     for (const fs::path& file : CaseFiles()) all.push_back({file.filename().string(), ReadFile(file)});
     std::string error;
