@@ -2,7 +2,9 @@
 #include "quiet_server.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 
 #include "tier0.h"
@@ -19,6 +21,45 @@ std::string* s_sink = nullptr;
 void Collect(SpewType_t, const char* text) {
   if (s_sink) *s_sink += text;
 }
+
+// While it lives, the console's output and whatever is written to file descriptors 1 and 2 go to `sink`.
+class Aside {
+public:
+  explicit Aside(std::string& sink) : m_sink(sink), m_previous(SpewOutputFunc(&Collect)) {
+    s_sink = &sink;
+    fflush(stdout);
+    fflush(stderr);
+    m_file = tmpfile();
+    if (!m_file) return;
+    m_out = dup(1);
+    m_err = dup(2);
+    dup2(fileno(m_file), 1);
+    dup2(fileno(m_file), 2);
+  }
+  ~Aside() {
+    SpewOutputFunc(m_previous);
+    s_sink = nullptr;
+    if (!m_file) return;
+    fflush(stdout);
+    fflush(stderr);
+    dup2(m_out, 1);
+    dup2(m_err, 2);
+    close(m_out);
+    close(m_err);
+    rewind(m_file);
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, m_file)) > 0;) m_sink.append(buffer, n);
+    fclose(m_file);
+  }
+  Aside(const Aside&) = delete;
+  Aside& operator=(const Aside&) = delete;
+
+private:
+  std::string& m_sink;
+  SpewOutputFunc_t m_previous;
+  FILE* m_file = nullptr;
+  int m_out = -1, m_err = -1;
+};
 
 // Copies a file or folder when it exists; a link is copied as what it points at.
 void CopyIfPresent(const fs::path& from, const fs::path& to) {
@@ -58,11 +99,11 @@ QuietServer::QuietServer(const std::string& gameDir, bool withPlugin, Copy what,
   } else {
     for (const auto& entry : fs::directory_iterator(game / "addons", ec))
       if (entry.path().extension() == ".res") CopyIfPresent(entry.path(), copy / "addons" / entry.path().filename());
+    CopyIfPresent(game / "addons/tidewright/_libs", copy / "addons/tidewright/_libs");
   }
   for (const std::string& file : extraFiles) CopyIfPresent(game / file, copy / file);
 
-  s_sink = &m_output;
-  SpewOutputFunc_t previous = SpewOutputFunc(&Collect);
+  Aside aside(m_output);
   std::string argv0 = "tidewright-check", gameFlag = "--game", gamePath = copy.string();
   char* argv[] = {argv0.data(), gameFlag.data(), gamePath.data()};
   CommandLine()->CreateCmdLine(3, argv);
@@ -70,17 +111,15 @@ QuietServer::QuietServer(const std::string& gameDir, bool withPlugin, Copy what,
   config.gameDir = gamePath;
   m_server = std::make_unique<CStandIn>(config);
   m_server->Start(withPlugin ? &CreateInterface : nullptr, "tidewright");
-  SpewOutputFunc(previous);
   m_started = !withPlugin || m_server->Plugin() != nullptr;
 }
 
 QuietServer::~QuietServer() {
-  std::string ignored;
-  s_sink = &ignored;
-  SpewOutputFunc_t previous = SpewOutputFunc(&Collect);
-  m_server.reset();
-  SpewOutputFunc(previous);
-  s_sink = nullptr;
+  {
+    std::string ignored;
+    Aside aside(ignored);
+    m_server.reset();
+  }
   std::error_code ec;
   if (!m_root.empty()) fs::remove_all(m_root, ec);
 }

@@ -1,7 +1,8 @@
-// A stand-in server started in-process for the checker and the reference, printing nothing: on a
-// temporary copy of what start-up reads from a game tree (the mod's cfg/, resource/ and addons/, the
-// engine's ../hl2/resource/), so that whatever start-up writes never lands in the tree. It ends, and its
-// copy goes, with the object. One at a time.
+// A stand-in server started in-process for the checker and the reference, printing nothing (what the
+// console prints, and what the interpreter writes to the standard streams, is kept aside): on a temporary
+// copy of what start-up reads from a game tree (the mod's cfg/, resource/ and addons/, the engine's
+// ../hl2/resource/), so that whatever start-up writes never lands in the tree. It ends, and its copy goes,
+// with the object. One at a time.
 #pragma once
 
 #include <memory>
@@ -12,9 +13,9 @@
 
 class QuietServer {
 public:
-  // What of the tree to copy: all that start-up reads, or only the event files (for a plugin as it comes,
-  // with no script loaded and no configuration run).
-  enum class Copy { StartUp, EventFiles };
+  // What of the tree to copy: all that start-up reads, or only the plugin's own files, its event files and
+  // its Python package (for a plugin as it comes, with no script loaded and no configuration run).
+  enum class Copy { StartUp, PluginOnly };
 
   // `extraFiles` are further paths under the mod directory to copy (event files that scripts load).
   QuietServer(const std::string& gameDir, bool withPlugin, Copy copy = Copy::StartUp,

@@ -294,14 +294,14 @@ std::string EventsText(CStandIn& server, const std::string& gameDir) {
 bool BuildReference(const std::string& gameDir, std::string& commands, std::string& events, std::string& error) {
   std::map<std::string, ConsoleEntry> server;
   {
-    QuietServer bare(gameDir, false, QuietServer::Copy::EventFiles);
+    QuietServer bare(gameDir, false, QuietServer::Copy::PluginOnly);
     if (!bare.Started()) {
       error = bare.Output();
       return false;
     }
     server = ListConsole(bare.Server());
   }
-  QuietServer withPlugin(gameDir, true, QuietServer::Copy::EventFiles);
+  QuietServer withPlugin(gameDir, true, QuietServer::Copy::PluginOnly);
   if (!withPlugin.Started()) {
     error = withPlugin.Output();
     return false;
