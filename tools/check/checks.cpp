@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "commandwalk.h"
-#include "language/doors.h"
+#include "doortext.h"
 #include "nearest.h"
 #include "script/conditionals.h"
 
@@ -29,35 +29,18 @@ std::string Hint(const std::string& nearest) { return nearest.empty() ? "" : "; 
 
 // ---- the minimum counts of the plugin's doors ----
 
-struct DoorMinimum {
-  int minArgc;
-  std::string usage;  // as the door prints it, without its line end
-  bool expands;
-};
-
-std::string DoorUsage(const char* format, const char* name) {
-  std::string out(size_t(std::max(0, snprintf(nullptr, 0, format, name))), '\0');
-  snprintf(out.data(), out.size() + 1, format, name);
-  while (!out.empty() && out.back() == '\n') out.pop_back();
-  return out;
-}
-
 // By lower-case door name, from the command tables.
-const std::unordered_map<std::string, DoorMinimum>& DoorMinimums() {
-  static const std::unordered_map<std::string, DoorMinimum> minimums = [] {
-    std::unordered_map<std::string, DoorMinimum> m;
+const std::unordered_map<std::string, DoorText>& DoorMinimums() {
+  static const std::unordered_map<std::string, DoorText> minimums = [] {
+    std::unordered_map<std::string, DoorText> m;
     for (const CommandTableInfo& table : CommandTables())
       for (size_t i = 0; i < table.count; ++i) {
         if (table.prefixRows) {
           const PrefixTwinRow& row = table.prefixRows[i];
-          m[Folded(row.name)] = {row.minArgc, DoorUsage("%s", row.usage), false};
+          m[Folded(row.name)] = {row.name, row.minArgc, FormatUsage("%s", row.usage), false};
         }
-        if (!table.rows || !table.rows[i].usage) continue;
-        const CommandRow& row = table.rows[i];
-        const std::string x = std::string("tw_x") + row.base;
-        const std::string expanded = row.expandedName ? row.expandedName : std::string("tw_") + row.base;
-        if (row.doors & DOOR_X) m[Folded(x)] = {row.minArgc, DoorUsage(row.usage, x.c_str()), false};
-        if (row.doors & DOOR_EXPANDED) m[Folded(expanded)] = {row.minArgc, DoorUsage(row.usage, expanded.c_str()), true};
+        if (table.rows && table.rows[i].usage)
+          for (const DoorText& door : ConsoleDoors(table.rows[i])) m[Folded(door.name)] = door;
       }
     return m;
   }();
@@ -126,7 +109,7 @@ private:
   void Count(const WalkedCommand& c) {
     const auto found = DoorMinimums().find(c.name);
     if (found == DoorMinimums().end()) return;
-    const DoorMinimum& door = found->second;
+    const DoorText& door = found->second;
     int words = c.args.Argc();
     if (door.expands || c.expanded) {
       const std::unique_ptr<CommandArgs> expanded(Cmd_Tokenize(ReplaceVariableForms(c.text, kValue).c_str()));

@@ -11,8 +11,8 @@
 #include <sstream>
 #include <vector>
 
+#include "doortext.h"
 #include "knowledge.h"
-#include "language/doors.h"
 #include "quiet_server.h"
 
 namespace fs = std::filesystem;
@@ -82,14 +82,6 @@ std::string Code(const std::string& text) { return text.empty() ? "" : "`" + Cel
 // A minimum count of 1 (the name alone) is no minimum.
 std::string Min(int minArgc) { return minArgc > 1 ? std::to_string(minArgc) : ""; }
 
-std::string Usage(const char* format, const std::string& name) {
-  if (!format) return "";
-  const int n = snprintf(nullptr, 0, format, name.c_str());
-  std::string out(size_t(std::max(n, 0)), '\0');
-  snprintf(out.data(), out.size() + 1, format, name.c_str());
-  return out;
-}
-
 // "plugin/library/math.cpp" gives {"library", "math"}.
 std::pair<std::string, std::string> AreaOf(const std::string& file) {
   const fs::path path(file);
@@ -117,14 +109,14 @@ struct RowText {
 
 RowText DoorRow(const CommandRow& row) {
   RowText r;
-  const std::string x = std::string("tw_x") + row.base;
-  const std::string expanded = row.expandedName ? row.expandedName : std::string("tw_") + row.base;
-  if (row.doors & DOOR_X) r.names.push_back(x);
-  if (row.doors & DOOR_EXPANDED) r.names.push_back(expanded);
-  for (const std::string& name : r.names) r.doors += (r.doors.empty() ? "" : ", ") + Code(name);
+  const std::vector<DoorText> doors = ConsoleDoors(row);
+  for (const DoorText& door : doors) {
+    r.names.push_back(door.name);
+    r.doors += (r.doors.empty() ? "" : ", ") + Code(door.name);
+  }
   if (row.doors & DOOR_PYTHON) r.doors += (r.doors.empty() ? "Python " : ", Python ") + Code(row.base);
   r.min = Min(row.minArgc);
-  r.usage = Code(Usage(row.usage, r.names.empty() ? row.base : r.names.front()));
+  r.usage = Code(doors.empty() ? FormatUsage(row.usage, row.base) : doors.front().usage);
   r.help = Cell(row.help ? row.help : "");
   return r;
 }
