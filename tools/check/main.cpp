@@ -19,9 +19,10 @@ namespace {
 const char kUsage[] =
     "Usage: tidewright-check [--game DIR] [--strict] FILE|FOLDER...\n"
     "       tidewright-check [--game DIR] --reference FOLDER\n"
-    "Reads script files (a folder: every tw_*.txt below it) without running them and reports their mistakes\n"
-    "as FILE:LINE: error|warning: TEXT. The names it knows are those of the plugin and the stand-in server\n"
-    "started on the game tree (default: the demo tree as built), and the events its resource files declare.\n"
+    "Reads script files (a folder: every NAME/tw_NAME.txt below it) without running them and reports their\n"
+    "mistakes as FILE:LINE: error|warning: TEXT. The names it knows are those of the plugin and the stand-in\n"
+    "server started on the game tree (default: the demo tree as built), and the events its resource files\n"
+    "declare.\n"
     "Exit status 1 on any error (with --strict, on any warning too), 0 otherwise.\n"
     "--reference FOLDER writes FOLDER/commands.md and FOLDER/events.md from the command tables and the\n"
     "game tree's event files.\n";
@@ -49,7 +50,13 @@ bool ParseOptions(int argc, char** argv, Options& options) {
   return options.reference.empty() != options.paths.empty();
 }
 
-// The files as given; a folder gives every tw_*.txt below it, in name order.
+// A script's file in a game tree: tw_NAME.txt in a folder NAME (keygroup files beside it, tw_NAME_db.txt,
+// are no scripts).
+bool IsScriptFile(const fs::path& path) {
+  return path.filename().string() == "tw_" + path.parent_path().filename().string() + ".txt";
+}
+
+// The files as given; a folder gives every script file below it, in name order.
 std::vector<std::string> ScriptFiles(const std::vector<std::string>& paths) {
   std::vector<std::string> files;
   for (const std::string& path : paths) {
@@ -60,10 +67,7 @@ std::vector<std::string> ScriptFiles(const std::vector<std::string>& paths) {
     }
     std::vector<std::string> found;
     for (const auto& entry : fs::recursive_directory_iterator(path, ec)) {
-      const std::string name = entry.path().filename().string();
-      if (entry.is_regular_file(ec) && name.rfind("tw_", 0) == 0 && name.size() > 4 &&
-          name.compare(name.size() - 4, 4, ".txt") == 0)
-        found.push_back(entry.path().string());
+      if (entry.is_regular_file(ec) && IsScriptFile(entry.path())) found.push_back(entry.path().string());
     }
     std::sort(found.begin(), found.end());
     files.insert(files.end(), found.begin(), found.end());
