@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
-"""tidewright-test --update: a golden test without expected.txt gets one that equals the blessed copy in
-good/golden_echo, the test then passes, and a changed expected.txt fails it again.
+"""tidewright-test's options that change files: --update (a golden test without expected.txt gets one that
+equals the blessed copy in good/golden_echo, the test then passes, and a changed expected.txt fails it
+again) and --keep (a failed test's tree stays where the report says, a passed one's doesn't).
 
-Usage: update_check.py TIDEWRIGHT_TEST [OPTIONS...]   (run from this folder)
+Usage: options_check.py TIDEWRIGHT_TEST [OPTIONS...]   (run from this folder)
 """
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -14,6 +16,22 @@ import tempfile
 def run(command, folder):
     done = subprocess.run(command + [folder], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     return done.returncode, done.stdout
+
+
+def check_keep(command):
+    status, report = run(command + ["--scripts", "scripts", "--keep"], os.path.join("broken", "missing_line"))
+    kept = re.search(r"the test's tree is kept in (\S+)", report)
+    if status != 1 or not kept:
+        return [f"--keep must name the failed test's tree:\n{report}"]
+    tree = kept.group(1)
+    found = os.path.isfile(os.path.join(tree, "game", "cfg", "tw_greeted_db.txt"))
+    shutil.rmtree(tree, ignore_errors=True)
+    if not found:
+        return [f"--keep named {tree}, which doesn't hold the test's tree"]
+    status, report = run(command + ["--keep"], os.path.join("good", "golden_echo"))
+    if status != 0 or "kept" in report:
+        return [f"--keep must not keep a passed test's tree:\n{report}"]
+    return []
 
 
 def main():
@@ -41,9 +59,10 @@ def main():
         status, report = run(command, folder)
         if status != 1 or "+++ output" not in report:
             failures.append(f"a changed expected.txt must fail with a diff:\n{report}")
+    failures += check_keep(command)
     for failure in failures:
         print(failure)
-    print("update check: " + ("ok" if not failures else f"{len(failures)} failed"))
+    print("options check: " + ("ok" if not failures else f"{len(failures)} failed"))
     return 1 if failures else 0
 
 
