@@ -59,7 +59,7 @@ struct ErrorStack {
   void Reset(int index, int symbol) {
     if (index >= 0 && index < kErrorStackSize) entries[index] = symbol;
   }
-  void Report(const char* message) const {
+  __attribute__((noinline, cold)) void Report(const char* message) const {
     DevMsg(1, "KeyValues Error: %s in file %s\n", message, fileName);
     for (int i = 0; i < deepest; ++i) {
       if (entries[i] == -1) continue;
@@ -261,12 +261,16 @@ const unsigned char* TokenEnd(const unsigned char* p, const unsigned char* limit
   }
 }
 
+__attribute__((noinline, cold)) void ReportOverflow(size_t lostBytes) {
+  while (lostBytes-- > 0) s_errors.Report(" ReadToken overflow");
+}
+
 // The bytes of a token that are kept: the first 1023; every byte beyond is reported and dropped.
-size_t KeptLength(const unsigned char* begin, const unsigned char* end) {
+inline size_t KeptLength(const unsigned char* begin, const unsigned char* end) {
   const size_t n = size_t(end - begin);
-  const size_t kept = std::min(n, size_t(kTokenSize - 1));
-  for (size_t lost = kept; lost < n; ++lost) s_errors.Report(" ReadToken overflow");
-  return kept;
+  if (n < size_t(kTokenSize)) return n;
+  ReportOverflow(n - size_t(kTokenSize - 1));
+  return size_t(kTokenSize - 1);
 }
 
 // A token's bytes with a terminating zero, in the token buffer (which they may already be in).
