@@ -10,7 +10,7 @@ RUN_TARGETS = tidewright-server tidewright demo_tree tidewright_test_tool
 
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all setup build run test asan-test bench clean
+.PHONY: all setup build run test asan-test bench docs clean
 
 all: build
 
@@ -34,6 +34,12 @@ asan-test: setup
 
 bench: build
 	@for b in $(BUILD)/bench/tw_bench_*; do echo "== $$b"; $$b; done
+
+# The command and event reference in docs/, generated from the command tables and the demo tree's event
+# files; CI's docs.fresh fails when the committed copy differs.
+docs: setup
+	@tools/build.sh $(BUILD) $(JOBS) tidewright-check demo_tree -- -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_ARGS)
+	@$(BUILD)/tidewright-check --game $(BUILD)/demo/game --reference docs
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)

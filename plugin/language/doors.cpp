@@ -115,6 +115,11 @@ std::vector<const CommandRow*>& PythonRows() {
   return rows;
 }
 
+std::vector<CommandTableInfo>& Tables() {
+  static std::vector<CommandTableInfo>& tables = *new std::vector<CommandTableInfo>;
+  return tables;
+}
+
 }  // namespace
 
 void CommandTable::AddDoors(const CommandRow& row) {
@@ -128,6 +133,10 @@ void CommandTable::AddPlain(const PlainCommandRow& row) {
 }
 
 void CommandTable::AddPrefixTwin(const PrefixTwinRow& row) { KeepDoor<PrefixTwinDoor>(row); }
+
+void CommandTable::Remember(const CommandTableInfo& table) { Tables().push_back(table); }
+
+const std::vector<CommandTableInfo>& CommandTables() { return Tables(); }
 
 int PythonRowCount() { return int(PythonRows().size()); }
 

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstddef>
+#include <source_location>
+#include <vector>
 
 #include "basetypes.h"
 #include "convar.h"
@@ -52,27 +54,45 @@ struct PrefixTwinRow {
   const char* help;
 };
 
+// A registered table as tools that list the commands see it (the command reference): the source file that
+// declared it and its rows, of exactly one of the three kinds.
+struct CommandTableInfo {
+  const char* file;  // as the compiler named the declaring file
+  const CommandRow* rows;
+  const PlainCommandRow* plainRows;
+  const PrefixTwinRow* prefixRows;
+  size_t count;
+};
+
 // Registers every door of a table at static initialisation: `static const CommandTable s_table(kRows);`.
 class CommandTable {
 public:
   template <size_t N>
-  explicit CommandTable(const CommandRow (&rows)[N]) {
+  explicit CommandTable(const CommandRow (&rows)[N], std::source_location at = std::source_location::current()) {
     for (const CommandRow& row : rows) AddDoors(row);
+    Remember({at.file_name(), rows, nullptr, nullptr, N});
   }
   template <size_t N>
-  explicit CommandTable(const PlainCommandRow (&rows)[N]) {
+  explicit CommandTable(const PlainCommandRow (&rows)[N],
+                        std::source_location at = std::source_location::current()) {
     for (const PlainCommandRow& row : rows) AddPlain(row);
+    Remember({at.file_name(), nullptr, rows, nullptr, N});
   }
   template <size_t N>
-  explicit CommandTable(const PrefixTwinRow (&rows)[N]) {
+  explicit CommandTable(const PrefixTwinRow (&rows)[N], std::source_location at = std::source_location::current()) {
     for (const PrefixTwinRow& row : rows) AddPrefixTwin(row);
+    Remember({at.file_name(), nullptr, nullptr, rows, N});
   }
 
 private:
   static void AddDoors(const CommandRow& row);
   static void AddPlain(const PlainCommandRow& row);
   static void AddPrefixTwin(const PrefixTwinRow& row);
+  static void Remember(const CommandTableInfo& table);
 };
+
+// Every table registered so far, in the order of registration.
+const std::vector<CommandTableInfo>& CommandTables();
 
 // The rows with a Python door, in the order their tables registered them; the Python door makes a binder
 // for each.

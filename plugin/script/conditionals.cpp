@@ -18,8 +18,6 @@
 
 namespace {
 
-// Tokens of the shortest condition: the command, "(", left, operator, right, ")", then/do.
-constexpr int kConditionTokens = 7;
 const char kThenMarker[] = ") then ";
 const char kDoMarker[] = ") do";
 
@@ -60,6 +58,15 @@ CompareCode ConditionOperatorCode(const char* spelling) {
     for (const char* text : row.spellings)
       if (text && strcasecmp(text, spelling) == 0) return row.code;
   return COMPARE_UNSUPPORTED;
+}
+
+int ConditionShapeError(const char* open, const char* close, const char* word, const char* args) {
+  if (open[0] != '(') return 2;
+  if (close[0] != ')') return 3;
+  const bool isDo = strcasecmp(word, "do") == 0;
+  if (!isDo && strcasecmp(word, "then") != 0) return 4;
+  // Case-sensitive, unlike the word test above.
+  return strstr(args, isDo ? kDoMarker : kThenMarker) ? 0 : 5;
 }
 
 bool CompareTokens(const char* left, CompareCode code, const char* right) {
@@ -127,15 +134,8 @@ void FormatError(int number, const char* line) {
 
 void If_h(bool expand, bool fromConsole) {
   ArgView args(expand);
-  if (args.Argv(1)[0] != '(') return FormatError(2, args.Args());
-  if (args.Argv(5)[0] != ')') return FormatError(3, args.Args());
-  const bool isDo = strcasecmp(args.Argv(6), "do") == 0;
-  if (!isDo && strcasecmp(args.Argv(6), "then") != 0) return FormatError(4, args.Args());
-
-  // Case-sensitive, unlike the word test above; the command is cut from the raw text, quotes and all.
-  const char* marker = isDo ? kDoMarker : kThenMarker;
-  const char* found = strstr(args.Args(), marker);
-  if (!found) {
+  const int shapeError = ConditionShapeError(args.Argv(1), args.Argv(5), args.Argv(6), args.Args());
+  if (shapeError == 5) {
     DbgMsg(0,
            "tw_xif: Couldn't find then portion. Format is:\n  tw_xif (<foo> equalto <bar>) then <any typical script "
            "line>\n5 Your line was: %s\n",
@@ -144,6 +144,11 @@ void If_h(bool expand, bool fromConsole) {
     SetLastErrorText("Syntax error");
     return;
   }
+  if (shapeError) return FormatError(shapeError, args.Args());
+  // The command is cut from the raw text, quotes and all.
+  const bool isDo = strcasecmp(args.Argv(6), "do") == 0;
+  const char* marker = isDo ? kDoMarker : kThenMarker;
+  const char* found = strstr(args.Args(), marker);
   TextBuf command;
   if (!isDo && (!command.Append(found + strlen(marker)) || !command.Append('\n'))) {
     DbgMsg(0, "%s: The command behind then is too long.\n", args.Argv(0));
@@ -190,7 +195,7 @@ void Else_f() {
 }
 
 const CommandRow kIfCommands[] = {
-    {"if", If_h, kConditionTokens, "Syntax: %s (<token1> <operator> <token2>) <then/do> [typical script line]\n\n",
+    {"if", If_h, CONDITION_MIN_TOKENS, "Syntax: %s (<token1> <operator> <token2>) <then/do> [typical script line]\n\n",
      "Compares two tokens: then runs the rest of the line, do lets the nested block behind pass when true.",
      DOORS_CONSOLE, "if"},
 };

@@ -16,6 +16,14 @@ enum CompareCode {
   COMPARE_NOT_IN = 8,
 };
 
+// Tokens of the shortest condition line: the command, "(", left, operator, right, ")", then/do.
+enum { CONDITION_MIN_TOKENS = 7 };
+
+// The shape test of a tw_xif/if line, from its tokens 1, 5 and 6 and the raw text behind the command:
+// 0 when it reads as a condition, else the number its format message names: 2 no "(", 3 no ")" as token 5,
+// 4 neither "then" nor "do", 5 the case-sensitive ") then " or ") do" not found in the text.
+int ConditionShapeError(const char* open, const char* close, const char* word, const char* args);
+
 // The code of an operator's spelling, ignoring case; COMPARE_UNSUPPORTED for an unknown or null one.
 CompareCode ConditionOperatorCode(const char* spelling);
 // Equality and containment compare text ignoring case, the order comparisons compare numbers (atof).

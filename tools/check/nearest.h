@@ -1,0 +1,12 @@
+// The nearest known name to a mistyped one, for "did you mean" hints.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Edits (insert, delete, replace, swap of neighbours) between two names, ignoring case.
+int NameDistance(const std::string& a, const std::string& b);
+// The candidate fewest edits away, if it is close enough to be what was meant: at most one edit for a
+// name of up to five characters, two up to eight, three beyond. Internal names (with "__") are offered
+// only for a name that has "__" itself. Ties go to the alphabetically first. Empty when none is close.
+std::string NearestName(const std::string& name, const std::vector<std::string>& candidates);
