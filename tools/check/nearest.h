@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-// Edits (insert, delete, replace, swap of neighbours) between two names, ignoring case.
-int NameDistance(const std::string& a, const std::string& b);
+#include "tier1/namedistance.h"
+
 // The candidate fewest edits away, if it is close enough to be what was meant: at most one edit for a
 // name of up to five characters, two up to eight, three beyond. Internal names (with "__") are offered
 // only for a name that has "__" itself. Ties go to the alphabetically first. Empty when none is close.
