@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 build=$1
 seconds=${2:-60}
 shift $(( $# > 1 ? 2 : 1 ))
-fuzzer=$build/fuzz/tw_fuzz
+fuzzer=$build/tw_fuzz
 input_timeout=${INPUT_TIMEOUT:-10}
 rss_limit_mb=${RSS_LIMIT_MB:-2560}
 
