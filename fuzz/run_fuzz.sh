@@ -26,9 +26,12 @@ for target in $(printf '%s\n' "${targets[@]}" | sort); do
   found=$build/fuzz/found/$target
   log=$build/fuzz/logs/$target.log
   mkdir -p "$found"
+  # The command language's words help the targets that read it.
+  dict=()
+  case $target in console | scriptfile | expansion) dict=(-dict=fuzz/dict/console.dict) ;; esac
   start=$(date +%s)
   TW_FUZZ_TARGET=$target "$fuzzer" -max_total_time="$seconds" -timeout="$input_timeout" \
-    -rss_limit_mb="$rss_limit_mb" -max_len=4096 -print_final_stats=1 \
+    -rss_limit_mb="$rss_limit_mb" -max_len=4096 -print_final_stats=1 "${dict[@]}" \
     -artifact_prefix="$build/fuzz/artifacts/$target-" "$found" "fuzz/corpus/$target" >"$log" 2>&1
   rc=$?
   took=$(( $(date +%s) - start ))
