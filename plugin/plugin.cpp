@@ -18,6 +18,7 @@
 #include "library/math.h"
 #include "messaging/usermessages.h"
 #include "packs/scriptpacks.h"
+#include "python/steps.h"
 #include "script/scriptfile.h"
 #include "world/physics.h"
 
@@ -40,6 +41,7 @@ bool CTidewrightPlugin::Load(CreateInterfaceFn interfaceFactory, CreateInterface
   QueueCommandLine();                                                                // 16
   ProtectRconPassword();                                                             // 17
   FreeClassNameTable();                                                              // 18
+  Python_OnLoad();                                                                   // 19
   DbgMsg(0, "[Tidewright]   Automatically loading tw_corelib.txt...\n");             // 20
   Math_OnLoad();                                                                     // 21
   LoadAddonFile("corelib");                                                          // 22
@@ -78,17 +80,21 @@ void CTidewrightPlugin::LevelInit(const char* mapName) {
   RebuildClassNameTable();                                                           // 9
   if (g_cached.eiface == 1) ReorderConsoleChain();                                   // 10
   Math_OnLevelInit();                                                                // 11
+  Python_OnLevelInit();                                                              // 12
   DbgMsg(0, "[Tidewright] Loaded successfully.\n");                                  // 13
 }
 
 void CTidewrightPlugin::ServerActivate(edict_t*, int, int clientMax) { MaxClients = clientMax; }
 
 // Step 1 starts the frame's timer and step 3 reports a long frame; the frame's work, while
-// brannock_tidewright is exactly 1, is step 2 between them. The engine's simulation flag isn't looked at:
-// the work runs on idle frames too.
+// brannock_tidewright is exactly 1, is step 2 between them: the delayed commands, then Python's tick. The
+// engine's simulation flag isn't looked at: the work runs on idle frames too.
 void CTidewrightPlugin::GameFrame(bool) {
   FrameTimer timer;                                                                  // 1
-  if (g_cached.brannock == 1) Delayed_OnFrame();                                     // 2
+  if (g_cached.brannock == 1) {                                                      // 2
+    Delayed_OnFrame();
+    Python_OnFrame();
+  }
   timer.Report();                                                                    // 3
 }
 

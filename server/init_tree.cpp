@@ -1,4 +1,5 @@
-// Making a new server root for --init: copies of the demo tree's event files and a few short texts.
+// Making a new server root for --init: copies of the demo tree's event files and Python package, and a few
+// short texts.
 #include "init_tree.h"
 
 #include <filesystem>
@@ -14,6 +15,9 @@ namespace fs = std::filesystem;
 // The event declarations, copied from the demo tree as built: path in the new root = path in the demo tree.
 constexpr const char* kCopied[] = {"hl2/resource/gameevents.res", "hl2/resource/serverevents.res",
                                    "game/resource/modevents.res", "game/addons/brannock_tidewright.res"};
+
+// The Python package tw, copied whole from the demo tree as built, so addons run in the new root.
+constexpr const char* kPackage = "game/addons/tidewright/_libs/python/tw";
 
 struct Written {
   const char* path;
@@ -71,6 +75,8 @@ bool InitServerRoot(const std::string& rootDir, const std::string& program) {
     if (!fs::is_regular_file(demo / path)) return Refuse((demo / path).string() + " is missing (make builds it)");
     made.push_back(path);
   }
+  if (!fs::is_directory(demo / kPackage)) return Refuse((demo / kPackage).string() + " is missing (make builds it)");
+  made.push_back(kPackage);
   for (const Written& w : kWritten) made.push_back(w.path);
   for (const fs::path& path : made)
     if (fs::exists(root / path)) return Refuse((root / path).string() + " exists already");
@@ -79,6 +85,7 @@ bool InitServerRoot(const std::string& rootDir, const std::string& program) {
   for (const fs::path& path : made) fs::create_directories((root / path).parent_path(), error);
   for (const char* path : kCopied)
     if (!error) fs::copy_file(demo / path, root / path, error);
+  if (!error) fs::copy(demo / kPackage, root / kPackage, fs::copy_options::recursive, error);
   for (const Written& w : kWritten) {
     if (error) break;
     std::ofstream out(root / w.path, std::ios::binary);
@@ -91,7 +98,7 @@ bool InitServerRoot(const std::string& rootDir, const std::string& program) {
       "  hl2/resource/              the engine's game events\n"
       "  game/                      the mod: cfg/autoexec.cfg, cfg/server.cfg, resource/modevents.res,\n"
       "                             addons/brannock_tidewright.res (the plugin's events)\n"
-      "  game/addons/tidewright/    scripts: corelib (empty) and example\n"
+      "  game/addons/tidewright/    scripts: corelib (empty) and example; _libs/python/tw (the package tw)\n"
       "Start it with:\n"
       "  %s --game %s\n",
       rootDir.c_str(), program.c_str(), game.c_str());

@@ -25,15 +25,16 @@ LAYOUT = [
               "events/current_event.*", "events/plugin_events.h"],
      ["KeyValues"]),
     ("keygroups", ["keygroups/*"], ["base", "KeyValues"]),
-    ("script", ["script/*"], ["base", "KeyValues", "keygroups", "library"]),
+    ("script", ["script/*"], ["base", "KeyValues", "keygroups", "library", "pyhooks"]),
     ("players", ["world/players.*", "world/properties.*"], ["base", "KeyValues"]),
-    ("language", ["language/*"], ["base", "KeyValues", "script", "keygroups", "players"]),
+    ("language", ["language/*"], ["base", "KeyValues", "script", "keygroups", "players", "pyhooks"]),
     ("packs", ["packs/*"], ["base", "KeyValues", "script", "world", "players"]),
     ("events", ["events/*"], ["base", "KeyValues", "packs", "script", "world", "players"]),
     ("library", ["library/*"], ["base", "KeyValues", "keygroups"]),
     ("world", ["world/*"], ["base", "KeyValues", "keygroups", "language", "library", "players"]),
     ("messaging", ["messaging/*"], ["base", "KeyValues", "keygroups", "library", "world", "players"]),
-    ("python", ["python/*"], ["base", "KeyValues"]),
+    ("pyhooks", ["python/hooks.h"], []),
+    ("python", ["python/*"], ["base", "KeyValues", "keygroups", "language", "messaging", "players", "pyhooks"]),
 ]
 
 # Folders of the plugin with no C++ in them.

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes the demo tree as built: the files of demo/ that the repository tracks, and the plugin's event
-# declarations as addons/brannock_tidewright.res. Tests, scenarios and benchmarks copy this tree, never
+# declarations as addons/brannock_tidewright.res and the Python package tw as
+# addons/tidewright/_libs/python/tw. Tests, scenarios and benchmarks copy this tree, never
 # demo/ itself, so nothing a run left in demo/ (logs, saved keygroups, a user's scripts) reaches them.
 # Outside a git checkout every file of demo/ counts as tracked. Quiet; rewrites DEST only when it changed.
 # Usage: stage_demo.sh SOURCE_DIR DEST
@@ -22,6 +23,8 @@ fi | while IFS= read -r -d '' file; do
 done
 mkdir -p "$fresh/game/addons"
 cp -p "$source/plugin/data/brannock_tidewright.res" "$fresh/game/addons/brannock_tidewright.res"
+mkdir -p "$fresh/game/addons/tidewright/_libs/python/tw"
+cp -p "$source"/pylib/tw/*.py "$fresh/game/addons/tidewright/_libs/python/tw/"
 
 if [ -d "$dest" ] && diff -r "$dest" "$fresh" >/dev/null 2>&1; then
   exit 0

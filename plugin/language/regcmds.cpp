@@ -24,6 +24,7 @@
 #include "language/textbuf.h"
 #include "language/varcommands.h"
 #include "language/wrappers.h"
+#include "python/hooks.h"
 #include "script/machine.h"
 
 namespace {
@@ -287,14 +288,15 @@ void CutOuterQuotes(char* text) {
   text[n - 2] = '\0';
 }
 
-// Runs in place of say and say_team. The event fires before a say command runs, and a line that a say
-// command took still fires it.
+// Runs in place of say and say_team. Python's filter sees the line first, and a line it ate goes no further.
+// The event fires before a say command runs, and a line that a say command took still fires it.
 void CSayWrap::Dispatch() {
   const char* text = engine->Cmd_Args();
   const bool teamOnly = strcasecmp(engine->Cmd_Argv(0), "say_team") == 0;
   edict_t* speaker = Speaker();
   const int userid = speaker ? engine->GetPlayerUserId(speaker) : -1;
-  const bool eaten = speaker && engine->Cmd_Argc() > 1 && HandleChatLine(text, teamOnly, userid);
+  const bool eaten = !Python_SayFilter(userid, text, teamOnly) ||
+                     (speaker && engine->Cmd_Argc() > 1 && HandleChatLine(text, teamOnly, userid));
   if (CheatRefused()) return;
   if (eaten)
     DbgMsg(3, "[Tidewright] say command eaten.");
@@ -311,6 +313,7 @@ PLUGIN_RESULT RegCmds_OnClientCommand(edict_t* edict) {
     snprintf(reply, sizeof reply, "tw_xtell %d %s\n", userid, kPluginDescription);
     engine->ServerCommand(reply);
   }
+  if (g_cached.brannock > 0 && !Python_ClientCommand(userid)) return PLUGIN_STOP;
   if (WantsClientCommandEvent(cmd)) FireClientCommandEvent(userid, cmd);
   if (g_cached.brannock > 0 && RunRegisteredClientCommand(cmd, userid)) return PLUGIN_STOP;
   return PLUGIN_CONTINUE;

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "python/binder.h"
+#include "tier0.h"
 
 namespace {
 PyMethodDef s_methods[MAX_TW_METHODS + 1];
@@ -16,6 +17,11 @@ bool AddTwMethod(const char* name, PyCFunction function, const char* doc) {
   s_methods[s_count++] = PyMethodDef{name, function, METH_VARARGS, doc};
   s_methods[s_count] = PyMethodDef{nullptr, nullptr, 0, nullptr};
   return true;
+}
+
+void DirectMethods::Add(const DirectMethodRow& row) {
+  if (!AddTwMethod(row.name, row.function, row.doc))
+    Warning("[Tidewright] The method table of tw_C is full (%d methods): %s left out.\n", MAX_TW_METHODS, row.name);
 }
 
 PyMethodDef* TwMethods() {

@@ -12,16 +12,22 @@
 #include "language/doors.h"
 #include "language/results.h"
 #include "language/textbuf.h"
+#include "python/hooks.h"
 #include "script/machine.h"
 
+// A name that no text script has may be a Python addon's.
 void RemoveAddon(const char* name) {
-  if (g_scriptMachine.registry.RemoveScript(name)) DbgMsg(0, "Script removed: %s\n", name);
+  if (g_scriptMachine.registry.RemoveScript(name))
+    DbgMsg(0, "Script removed: %s\n", name);
+  else
+    UnloadModuleAddon(name);
 }
 
 void PrintScriptList() {
   DbgMsg(0, "\n[Tidewright] Loaded:\n");
   for (CScript* script = g_scriptMachine.registry.FirstScript(); script; script = script->next)
     DbgMsg(0, "[Tidewright]   [%s] %s\n", script->enabled ? " enabled" : "disabled", script->name);
+  Python_PrintScriptList();
   DbgMsg(0, "[Tidewright]------------------------\n\n");
 }
 

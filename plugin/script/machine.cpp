@@ -12,6 +12,7 @@
 #include "host/engine_surface.h"
 #include "language/doors.h"
 #include "language/textbuf.h"
+#include "python/hooks.h"
 
 // Defined before the machine so that they outlive it: destroying the scripts gives their handles back.
 HandleTable<CScriptLine> g_lineHandles;
@@ -175,6 +176,19 @@ bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
   return instruction.next != nullptr;
 }
 
+namespace {
+
+// A name that no script block has may be a Python block: it runs to its end inside its own frame, with the
+// call's arguments.
+void RunPythonBlock(const char* name, const char* args) {
+  if (args) g_scriptMachine.PushArgs(args);
+  g_scriptMachine.StartBlock();
+  Python_CallBlock(name);
+  g_scriptMachine.EndBlock();
+}
+
+}  // namespace
+
 void DoBlock(const char* text, const char* args) {
   DbgMsg(4, "tw__db %s;\n", text);
   // Block names are far shorter than the buffer, so a cut name can only fail to be found.
@@ -185,7 +199,10 @@ void DoBlock(const char* text, const char* args) {
   char name[TEXT_BUFFER_SIZE];
   snprintf(name, sizeof name, "%.*s", int(n < sizeof name ? n : sizeof name - 1), begin);
 
-  if (!g_scriptMachine.registry.GetBlock(name)) return;  // a missing block is no error
+  if (!g_scriptMachine.registry.GetBlock(name)) {  // a missing block is no error
+    if (Python_IsUp()) RunPythonBlock(name, args);
+    return;
+  }
   Instruction start{};
   if (!g_scriptMachine.ExecBlock(name, start, args)) {
     DbgMsg(2, "Block was refused: %s.\n", name);
@@ -196,7 +213,9 @@ void DoBlock(const char* text, const char* args) {
   QueueFirstLine(start, name);
 }
 
-bool AnyScriptRegistered(const char* name) { return g_scriptMachine.registry.HasEvent(name); }
+bool AnyScriptRegistered(const char* name) {
+  return g_scriptMachine.registry.HasEvent(name) || AnyPythonRegistered(name);
+}
 
 // A text without a command (no enabled script has the section) isn't queued: it would run nothing.
 void BeginAllScriptEvents(const char* name) {
@@ -205,6 +224,7 @@ void BeginAllScriptEvents(const char* name) {
   DbgMsg(7, "BeginAllScriptEvents: %s\n+%s", name, commands);
   if (commands[0] != '\n') engine->ServerCommand(commands);
   free(commands);
+  BeginAllPythonEvents(name);
 }
 
 namespace {

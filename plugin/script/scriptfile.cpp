@@ -16,6 +16,7 @@
 #include "filesystem.h"
 #include "host/diagnostics.h"
 #include "host/engine_surface.h"
+#include "python/hooks.h"
 #include "script/machine.h"
 #include "tier1/strtools.h"
 
@@ -293,6 +294,7 @@ void CompileFile(CScript* script, FileHandle_t file, const char* path) {
 void LoadAddonFile(const char* name) {
   DbgMsg(2, "LoadAddonFile().\n");
   const char* given = name ? name : "";
+  if (LoadModuleAddon(given)) return;  // Python has the first claim on every name
   char scriptName[MAX_SCRIPT_NAME];
   char path[MAX_SCRIPT_NAME];
   if (!CopyBounded(scriptName, sizeof scriptName, given)) {

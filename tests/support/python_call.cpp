@@ -1,6 +1,7 @@
 // The unit tests' way into tw_C; see python_call.h.
 #include "python_call.h"
 
+#include "python/interpreter.h"
 #include "python/methodtable.h"
 
 #ifdef TW_SANITIZE
@@ -10,9 +11,7 @@ extern "C" __attribute__((visibility("default"))) const char* __lsan_default_sup
 }
 #endif
 
-void StartTestPython() {
-  if (!Py_IsInitialized()) Py_Initialize();
-}
+void StartTestPython() { InitializeInterpreter(); }
 
 std::string CallTwRepr(const char* method, PyObject* args) {
   const PyMethodDef* def = FindTwMethod(method);

@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <string>
 
-// Starts the interpreter unless it runs.
+// Starts the interpreter unless it runs, as the plugin does: tw_C is among its modules.
 void StartTestPython();
 // The repr of what tw_C.<method>(*args) gives: "<no method>" for a method the table lacks, "<null>" when the
 // call gives nothing. `args` stays the caller's.

@@ -1,0 +1,1 @@
+GREETING = "temporary helper"
