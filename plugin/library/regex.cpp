@@ -3,9 +3,13 @@
 // Every call compiles its pattern afresh and frees it, with any registers, before it returns.
 #include "library/regex.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <strings.h>
+
+#include <vector>
 
 #include "host/diagnostics.h"
 #include "language/doors.h"
@@ -21,8 +25,14 @@ public:
   explicit CompiledPattern(const char* pattern) {
     memset(&m_buffer, 0, sizeof m_buffer);
     m_buffer.regs_allocated = REGS_UNALLOCATED;
+    const size_t length = strlen(pattern);
+    if (Regex_CompiledPieces(pattern) > length + REGEX_MAX_REPEAT_COPIES) {
+      DbgMsg(0, "Regular expression too complex: its repeated \"+\" would compile to more than %d copies.\n",
+             int(REGEX_MAX_REPEAT_COPIES));
+      return;
+    }
     re_syntax_options = kRegexSyntax;
-    m_compiled = re_compile_pattern(pattern, strlen(pattern), &m_buffer) == nullptr;
+    m_compiled = re_compile_pattern(pattern, length, &m_buffer) == nullptr;
     if (!m_compiled) DbgMsg(0, "Could not compile regular expression.\n");
   }
   ~CompiledPattern() {
@@ -122,6 +132,79 @@ const CommandRow kRegexCommands[] = {
 const CommandTable s_regexCommands(kRegexCommands);
 
 }  // namespace
+
+namespace {
+
+constexpr size_t kPiecesCap = SIZE_MAX / 4;
+
+// Past a bracket expression that starts at `p` ("["): a "]" first (behind an optional "^") is a member,
+// "[:", "[." and "[=" open classes that end at their own ":]", ".]" and "=]", a backslash escapes the
+// next character. An unclosed expression runs to the end.
+const char* SkipBracket(const char* p) {
+  ++p;
+  if (*p == '^') ++p;
+  if (*p == ']') ++p;
+  while (*p && *p != ']') {
+    if (*p == '\\' && p[1]) {
+      p += 2;
+    } else if (*p == '[' && (p[1] == ':' || p[1] == '.' || p[1] == '=')) {
+      const char close[] = {p[1], ']', '\0'};
+      const char* end = strstr(p + 2, close);
+      p = end ? end + 2 : p + strlen(p);
+    } else {
+      ++p;
+    }
+  }
+  return *p ? p + 1 : p;
+}
+
+}  // namespace
+
+size_t Regex_CompiledPieces(const char* pattern) {
+  struct Frame {
+    size_t total = 0;  // pieces of the group so far
+    size_t last = 0;   // pieces of the item a repetition would repeat; 0 when there is none
+  };
+  std::vector<Frame> frames(1);
+  auto add = [&](size_t pieces) {
+    Frame& f = frames.back();
+    f.total = std::min(kPiecesCap, f.total + pieces);
+    f.last = pieces;
+  };
+  for (const char* p = pattern; *p;) {
+    Frame& f = frames.back();
+    if (*p == '(') {
+      frames.emplace_back();
+      ++p;
+    } else if (*p == ')' && frames.size() > 1) {
+      size_t group = std::max<size_t>(1, f.total);
+      frames.pop_back();
+      add(group);
+      ++p;
+    } else if (*p == '|') {
+      f.last = 0;
+      ++p;
+    } else if (*p == '+' && f.last) {
+      f.total = std::min(kPiecesCap, f.total + f.last);
+      f.last = std::min(kPiecesCap, f.last * 2);
+      ++p;
+    } else if (*p == '*' || *p == '?' || *p == '+') {
+      ++p;
+    } else if (*p == '[') {
+      p = SkipBracket(p);
+      add(1);
+    } else {
+      p += (*p == '\\' && p[1]) ? 2 : 1;
+      add(1);
+    }
+  }
+  while (frames.size() > 1) {
+    size_t group = std::max<size_t>(1, frames.back().total);
+    frames.pop_back();
+    frames.back().total = std::min(kPiecesCap, frames.back().total + group);
+  }
+  return frames.back().total;
+}
 
 void Regex_FillGroups(RegexGroupTable& table, const re_registers& registers, const char* subject) {
   for (int i = 0; i < REGEX_GROUP_ENTRIES; ++i) {

@@ -5,11 +5,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "KeyValues.h"
+#include "python_call.h"
 #include "keygroups/keygroups.h"
 #include "script/machine.h"
 #include "test_server.h"
@@ -124,6 +126,55 @@ TEST_F(ForgedHandles, TheirOwnLiveHandlesDoRun) {
     }
   }
   ADD_FAILURE() << "no live line handle ran a line";
+}
+
+// tw_C's key pointers: a pointer that names no live key acts as 0, whatever the method. Each method is
+// called with a forged pointer and with 0, and must answer the same.
+TEST_F(ForgedHandles, TwCKeyPointersThatNameNoLiveKeyActAsZero) {
+  StartTestPython();
+  Handles h = Collect();
+  std::vector<std::pair<std::string, uint64_t>> forged = h.stale;
+  for (const auto& [kind, handle] : h.live)
+    if (kind == "line" || kind == "block" || kind == "event block") forged.push_back({kind, handle});
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 20; ++i) forged.push_back({"random", random() >> (i * 2)});
+  // Each method with the format of its arguments: K a pointer, s a text, i an int, d a float, b a flag.
+  const std::pair<const char*, const char*> methods[] = {
+      {"keypdelete", "K"}, {"keypgetname", "K"}, {"keypsetname", "Ks"}, {"keypcreatesubkey", "K"},
+      {"keypfindsubkey", "Ksb"}, {"keypdetachsubkey", "KK"}, {"keypgetfirstsubkey", "K"},
+      {"keypgetnextkey", "K"}, {"keypgetfirsttruesubkey", "K"}, {"keypgetnexttruesubkey", "K"},
+      {"keypgetfirstvaluekey", "K"}, {"keypgetnextvaluekey", "K"}, {"keypgetint", "Ks"}, {"keypgetfloat", "Ks"},
+      {"keypgetstring", "Ks"}, {"keypgetdatatype", "Ks"}, {"keypsetstring", "Kss"}, {"keypsetint", "Ksi"},
+      {"keypsetfloat", "Ksd"}, {"keypisempty", "K"}, {"keypsavetofile", "Ks"}, {"keyploadfromfile", "Ks"},
+      {"keyprecursivekeycopy", "KK"}};
+  auto call = [](const char* method, const char* format, uint64_t handle) {
+    PyObject* args = PyTuple_New(Py_ssize_t(strlen(format)));
+    for (Py_ssize_t i = 0; format[i]; ++i) {
+      PyObject* item = nullptr;
+      switch (format[i]) {
+        case 'K': item = PyLong_FromUnsignedLongLong(handle); break;
+        case 's': item = PyUnicode_FromString(i == 1 && strstr(method, "file") ? "cfg/hz_forged.txt" : "v"); break;
+        case 'i': item = PyLong_FromLong(5); break;
+        case 'd': item = PyFloat_FromDouble(2.5); break;
+        default: item = PyBool_FromLong(1);
+      }
+      PyTuple_SET_ITEM(args, i, item);
+    }
+    std::string repr = CallTwRepr(method, args);
+    PyErr_Clear();
+    Py_DECREF(args);
+    return repr;
+  };
+  for (const auto& [method, format] : methods) {
+    ASSERT_NE(call(method, format, 0), "<no method>") << method;
+    for (const auto& [kind, handle] : forged)
+      EXPECT_EQ(call(method, format, handle), call(method, format, 0)) << method << " " << handle << " (" << kind << ")";
+  }
+  // A live key's pointer does answer otherwise: the comparison above can see a pointer that works.
+  for (const auto& [kind, handle] : h.live)
+    if (kind == "key node") EXPECT_EQ(call("keypgetname", "K", handle), "'k1'");
+  EXPECT_FALSE(std::filesystem::exists(server.GameDir() + "/cfg/hz_forged.txt"));
+  EXPECT_EQ(Ran(server), "ran nothing\n");
 }
 
 }  // namespace
