@@ -13,6 +13,10 @@
 
 namespace {
 
+PyObject* Text(const std::string& text) {
+  return PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace");
+}
+
 PyObject* Argument(const std::string& item) {
   std::string text = item.empty() ? std::string() : item.substr(1);
   switch (item.empty() ? 0 : uint8_t(item[0]) % 6) {
@@ -20,8 +24,13 @@ PyObject* Argument(const std::string& item) {
     case 2: return PyFloat_FromDouble(strtod(text.c_str(), nullptr));
     case 3: Py_RETURN_NONE;
     case 4: return PyBytes_FromStringAndSize(text.data(), Py_ssize_t(text.size()));
-    case 5: return Py_BuildValue("(s#)", text.data(), Py_ssize_t(text.size()));
-    default: return PyUnicode_DecodeUTF8(text.data(), Py_ssize_t(text.size()), "replace");
+    case 5: {
+      PyObject* inner = Text(text);
+      PyObject* tuple = PyTuple_Pack(1, inner);
+      Py_DECREF(inner);
+      return tuple;
+    }
+    default: return Text(text);
   }
 }
 
@@ -34,7 +43,14 @@ TW_FUZZ_TARGET(python) {
   PyMethodDef* method = &TwMethods()[data[0] % TwMethodCount()];
   std::vector<std::string> items = size > 1 ? FuzzSplit(data + 1, size - 1, '\x01', 8) : std::vector<std::string>();
   PyObject* args = PyTuple_New(Py_ssize_t(items.size()));
-  for (size_t i = 0; i < items.size(); ++i) PyTuple_SET_ITEM(args, Py_ssize_t(i), Argument(items[i]));
+  for (size_t i = 0; i < items.size(); ++i) {
+    PyObject* item = Argument(items[i]);
+    if (!item) {
+      PyErr_Clear();
+      item = Py_NewRef(Py_None);
+    }
+    PyTuple_SET_ITEM(args, Py_ssize_t(i), item);
+  }
   PyObject* function = PyCFunction_New(method, nullptr);
   {
     OutputCapture quiet;

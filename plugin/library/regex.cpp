@@ -26,9 +26,10 @@ public:
     memset(&m_buffer, 0, sizeof m_buffer);
     m_buffer.regs_allocated = REGS_UNALLOCATED;
     const size_t length = strlen(pattern);
-    if (Regex_CompiledPieces(pattern) > length + REGEX_MAX_REPEAT_COPIES) {
-      DbgMsg(0, "Regular expression too complex: its repeated \"+\" would compile to more than %d copies.\n",
-             int(REGEX_MAX_REPEAT_COPIES));
+    const RegexShape shape = Regex_Shape(pattern);
+    if (shape.depth > REGEX_MAX_REPEAT_DEPTH || shape.pieces > length + REGEX_MAX_REPEAT_COPIES) {
+      DbgMsg(0, "Regular expression too complex: its repetitions nest deeper than %d or would compile to more "
+             "than %d copies.\n", int(REGEX_MAX_REPEAT_DEPTH), int(REGEX_MAX_REPEAT_COPIES));
       return;
     }
     re_syntax_options = kRegexSyntax;
@@ -160,16 +161,25 @@ const char* SkipBracket(const char* p) {
 
 }  // namespace
 
-size_t Regex_CompiledPieces(const char* pattern) {
+RegexShape Regex_Shape(const char* pattern) {
   struct Frame {
     size_t total = 0;  // pieces of the group so far
     size_t last = 0;   // pieces of the item a repetition would repeat; 0 when there is none
+    int depth = 0;     // the deepest repetition in the group so far
+    int lastDepth = 0; // of the item a repetition would repeat
   };
   std::vector<Frame> frames(1);
-  auto add = [&](size_t pieces) {
+  auto add = [&](size_t pieces, int depth) {
     Frame& f = frames.back();
     f.total = std::min(kPiecesCap, f.total + pieces);
     f.last = pieces;
+    f.lastDepth = depth;
+    f.depth = std::max(f.depth, depth);
+  };
+  auto close = [&] {
+    Frame group = frames.back();
+    frames.pop_back();
+    add(std::max<size_t>(1, group.total), group.depth);
   };
   for (const char* p = pattern; *p;) {
     Frame& f = frames.back();
@@ -177,33 +187,30 @@ size_t Regex_CompiledPieces(const char* pattern) {
       frames.emplace_back();
       ++p;
     } else if (*p == ')' && frames.size() > 1) {
-      size_t group = std::max<size_t>(1, f.total);
-      frames.pop_back();
-      add(group);
+      close();
       ++p;
     } else if (*p == '|') {
       f.last = 0;
       ++p;
-    } else if (*p == '+' && f.last) {
-      f.total = std::min(kPiecesCap, f.total + f.last);
-      f.last = std::min(kPiecesCap, f.last * 2);
+    } else if ((*p == '+' || *p == '*' || *p == '?') && f.last) {
+      if (*p == '+') {
+        f.total = std::min(kPiecesCap, f.total + f.last);
+        f.last = std::min(kPiecesCap, f.last * 2);
+      }
+      f.depth = std::max(f.depth, ++f.lastDepth);
       ++p;
-    } else if (*p == '*' || *p == '?' || *p == '+') {
+    } else if (*p == '+' || *p == '*' || *p == '?') {
       ++p;
     } else if (*p == '[') {
       p = SkipBracket(p);
-      add(1);
+      add(1, 0);
     } else {
       p += (*p == '\\' && p[1]) ? 2 : 1;
-      add(1);
+      add(1, 0);
     }
   }
-  while (frames.size() > 1) {
-    size_t group = std::max<size_t>(1, frames.back().total);
-    frames.pop_back();
-    frames.back().total = std::min(kPiecesCap, frames.back().total + group);
-  }
-  return frames.back().total;
+  while (frames.size() > 1) close();
+  return RegexShape{frames.back().total, frames.back().depth};
 }
 
 void Regex_FillGroups(RegexGroupTable& table, const re_registers& registers, const char* subject) {

@@ -13,14 +13,19 @@ constexpr reg_syntax_t kRegexSyntax = RE_BACKSLASH_ESCAPE_IN_LISTS | RE_CHAR_CLA
                                       RE_DOT_NEWLINE | RE_NO_BK_BRACES | RE_NO_BK_PARENS | RE_NO_BK_VBAR |
                                       RE_NO_EMPTY_RANGES | RE_UNMATCHED_RIGHT_PAREN_ORD | RE_DEBUG;
 
-// The engine compiles "x+" as "xx*": each "+" doubles what it repeats, so nested or stacked "+" grow the
-// compiled pattern, and the time to compile it, exponentially ("x" with 25 "+" takes minutes). A pattern
-// whose compiled pieces would pass its own length by more than this is refused before it is compiled.
-enum { REGEX_MAX_REPEAT_COPIES = 1 << 16 };
+// The engine compiles "x+" as "xx*", so each nested or stacked "+" doubles what it repeats, and repetitions
+// nested in repetitions ("x+*+*", "((x+)*)+") multiply the empty paths it works out when compiling: either
+// grows the time to compile exponentially ("x" with 25 "+" takes minutes, "w+*" with 13 "+" behind it more
+// than a minute). A pattern whose repetitions nest deeper than this, or whose compiled pieces would pass its
+// own length by more than REGEX_MAX_REPEAT_COPIES, is refused before it is compiled.
+enum { REGEX_MAX_REPEAT_DEPTH = 10, REGEX_MAX_REPEAT_COPIES = 1 << 16 };
 
-// The pieces the engine makes of `pattern` in kRegexSyntax: one for each character, bracket expression and
-// group, with every "+" doubling what it repeats. Saturates at SIZE_MAX / 4.
-size_t Regex_CompiledPieces(const char* pattern);
+struct RegexShape {
+  size_t pieces;  // one for each character, bracket expression and group, "+" doubling what it repeats
+  int depth;      // the deepest nesting of repetitions: "x*" 1, "x+*" and "(x+)*" 2
+};
+// The shape of `pattern` in kRegexSyntax. Pieces saturate at SIZE_MAX / 4.
+RegexShape Regex_Shape(const char* pattern);
 
 // Entries of the group table: the whole match, then groups 1 to 9 (the ones a format can name).
 enum { REGEX_GROUP_ENTRIES = 10 };
