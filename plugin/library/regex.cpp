@@ -192,14 +192,12 @@ RegexShape Regex_Shape(const char* pattern) {
     } else if (*p == '|') {
       f.last = 0;
       ++p;
-    } else if ((*p == '+' || *p == '*' || *p == '?') && f.last) {
+    } else if ((*p == '+' || *p == '*' || *p == '?') && f.last) {  // with nothing to repeat, it is a character
       if (*p == '+') {
         f.total = std::min(kPiecesCap, f.total + f.last);
         f.last = std::min(kPiecesCap, f.last * 2);
       }
       f.depth = std::max(f.depth, ++f.lastDepth);
-      ++p;
-    } else if (*p == '+' || *p == '*' || *p == '?') {
       ++p;
     } else if (*p == '[') {
       p = SkipBracket(p);
