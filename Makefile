@@ -6,8 +6,9 @@ FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?=
-# The stand-in, the plugin and the demo tree they run on: all that `make run` needs.
-RUN_TARGETS = tidewright-server tidewright demo_tree
+# The stand-in, the plugin and the demo tree they run on: all that `make run` needs; and the test runner
+# for scripts, a copy of one file.
+RUN_TARGETS = tidewright-server tidewright demo_tree tidewright_test_tool
 
 MAKEFLAGS += --no-print-directory
 

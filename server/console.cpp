@@ -1,6 +1,7 @@
 // The engine's console chain and its index, and the making of the server's own console objects.
 #include "console.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "tier0.h"
@@ -75,6 +76,72 @@ ConVar* CCvar::FindVar(const char* name) {
 ConCommandBase* CCvar::FindCommandBase(std::string_view name) const {
   auto it = m_byName.find(name);
   return it == m_byName.end() ? nullptr : it->second;
+}
+
+namespace {
+
+char FoldCase(char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; }
+
+// Edits (insert, delete, replace, swap of two neighbours) that turn A into B, ignoring case; any count
+// above LIMIT comes back as LIMIT + 1.
+size_t EditDistance(std::string_view a, std::string_view b, size_t limit) {
+  if ((a.size() > b.size() ? a.size() - b.size() : b.size() - a.size()) > limit) return limit + 1;
+  std::vector<size_t> before(b.size() + 1), previous(b.size() + 1), row(b.size() + 1);
+  for (size_t j = 0; j <= b.size(); ++j) previous[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    row[0] = i;
+    size_t best = row[0];
+    for (size_t j = 1; j <= b.size(); ++j) {
+      size_t cost = FoldCase(a[i - 1]) == FoldCase(b[j - 1]) ? 0 : 1;
+      row[j] = std::min({previous[j] + 1, row[j - 1] + 1, previous[j - 1] + cost});
+      if (i > 1 && j > 1 && FoldCase(a[i - 1]) == FoldCase(b[j - 2]) && FoldCase(a[i - 2]) == FoldCase(b[j - 1]))
+        row[j] = std::min(row[j], before[j - 2] + 1);
+      best = std::min(best, row[j]);
+    }
+    if (best > limit) return limit + 1;
+    before.swap(previous);
+    previous.swap(row);
+  }
+  return std::min(previous[b.size()], limit + 1);
+}
+
+constexpr size_t kShortName = 4;       // up to this length a name is one edit from its suggestion
+constexpr size_t kMostEdits = 2;
+constexpr size_t kShortestPrefix = 3;  // a shorter start names too many commands to suggest one
+
+}  // namespace
+
+std::string CCvar::NearestName(std::string_view name) const {
+  struct Candidate {
+    size_t rank;    // edits, or one more than the most edits for a name that NAME begins
+    size_t length;  // among names that NAME begins, the shorter ranks first
+    const char* name;
+  };
+  auto ranksBefore = [](const Candidate& a, const Candidate& b) {
+    if (a.rank != b.rank) return a.rank < b.rank;
+    if (a.length != b.length) return a.length < b.length;
+    return strcasecmp(a.name, b.name) < 0;
+  };
+  const size_t limit = name.size() <= kShortName ? 1 : kMostEdits;
+  Candidate best{limit + 2, 0, nullptr};
+  for (const auto& [known, base] : m_byName) {
+    if (known.find("__") != std::string::npos) continue;
+    Candidate c{EditDistance(name, known, limit), 0, base->GetName()};
+    if (c.rank > limit) {
+      bool begins = name.size() >= kShortestPrefix && known.size() > name.size() &&
+                    strncasecmp(known.c_str(), name.data(), name.size()) == 0;
+      if (!begins) continue;
+      c = Candidate{limit + 1, known.size(), base->GetName()};
+    }
+    if (ranksBefore(c, best)) best = c;
+  }
+  return best.name ? best.name : "";
+}
+
+void CCvar::PrintUnknown(std::string_view name) const {
+  Msg("Unknown command \"%.*s\"\n", int(name.size()), name.data());
+  std::string nearest = NearestName(name);
+  if (!nearest.empty()) Msg("  Did you mean \"%s\"?\n", nearest.c_str());
 }
 
 bool CCvar::CheatsAllowed() {

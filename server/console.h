@@ -64,6 +64,13 @@ public:
 
   // The object that a console line of this name runs: the most recently registered, command or variable.
   ConCommandBase* FindCommandBase(std::string_view name) const;
+  // Says that no command or variable has this name and, when a registered name is close to it, names it.
+  void PrintUnknown(std::string_view name) const;
+  // The registered name nearest to NAME: fewest edits (at most one for a name of up to four letters,
+  // two for a longer one), else the shortest name that NAME begins (three letters at least); ties go
+  // to the first in alphabetical order. Internal names (holding "__") are never offered. Empty when
+  // nothing is close.
+  std::string NearestName(std::string_view name) const;
 
   // Makes and registers the server's own objects; the console owns them.
   void AddCommands(const ConsoleCommandDef* defs, size_t count);

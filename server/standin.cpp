@@ -280,7 +280,7 @@ void CStandIn::Dispatch(const ConsoleCommand& cmd) {
   }
   ConCommandBase* base = m_console.FindCommandBase(name);
   if (!base) {
-    Msg("Unknown command \"%s\"\n", name);
+    m_console.PrintUnknown(name);
     return;
   }
   if (CheatRefused(base, cmd.Argc())) return;

@@ -3,6 +3,7 @@
 # declarations as addons/brannock_tidewright.res and the Python package tw as
 # addons/tidewright/_libs/python/tw. Tests, scenarios and benchmarks copy this tree, never
 # demo/ itself, so nothing a run left in demo/ (logs, saved keygroups, a user's scripts) reaches them.
+# demo/tests, the tests of the demo's examples, stays out: a server root doesn't carry its tests.
 # Outside a git checkout every file of demo/ counts as tracked. Quiet; rewrites DEST only when it changed.
 # Usage: stage_demo.sh SOURCE_DIR DEST
 set -euo pipefail
@@ -18,6 +19,7 @@ else
   (cd "$source" && find demo -type f -print0)
 fi | while IFS= read -r -d '' file; do
   [ -f "$source/$file" ] || continue  # tracked but deleted in the working tree
+  case $file in demo/tests/*) continue ;; esac
   mkdir -p "$fresh/$(dirname "${file#demo/}")"
   cp -p "$source/$file" "$fresh/${file#demo/}"
 done

@@ -167,6 +167,10 @@ ConVar tidewright_frametimecheck("tidewright_frametimecheck", "0", FCVAR_PLUGIN,
                                  "If set to 1, Tidewright will output timing warnings when a GameFrame takes longer "
                                  "than 0.01 seconds inside scripts.",
                                  CacheSwitch<&CachedSwitches::frametimecheck>);
+ConVar tidewright_errorlocation("tidewright_errorlocation", "1", 0,
+                                "If set to 1, an error raised by a script line is followed by the line's place: "
+                                "script file, line number and block.",
+                                CacheSwitch<&CachedSwitches::errorlocation>);
 ConVar tidewright_defaultevents("tidewright_defaultevents", "1", FCVAR_PLUGIN,
                                 "If set to 1, Tidewright will try to register for the default event files on each "
                                 "new map.",

@@ -48,8 +48,8 @@ void MoveCommandAfter(const char* name, ConCommandBase* node);
 
 // The configuration variables, named as on the console ('-' becomes '_').
 extern ConVar brannock_tidewright, brannock_python, tidewright_noisy, tidewright_debug, tidewright_scripttrace,
-    tidewright_debuglog, tidewright_eiface, tidewright_frametimecheck, tidewright_defaultevents,
-    tidewright_subdirectory, tidewright_datadirectory, tidewright_escapechars, tidewright_cflags,
+    tidewright_debuglog, tidewright_eiface, tidewright_frametimecheck, tidewright_errorlocation,
+    tidewright_defaultevents, tidewright_subdirectory, tidewright_datadirectory, tidewright_escapechars, tidewright_cflags,
     tidewright_timeformat, tidewright_currentmap, tidewright_lastgive, tidewright_deadflag,
     tidewright_cmdprefixes, tidewright_exec_cmd, tidewright_lasterror, tidewright_lasterrornum, tidewright_ver,
     tidewright_autocreate, tidewright_protectrcon, tidewright_bot_cexec, tidewright_serverdll,

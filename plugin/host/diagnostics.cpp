@@ -5,13 +5,14 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 #include "eiface.h"
 #include "host/console.h"
 #include "host/engine_surface.h"
 
 CachedSwitches g_cached;
-Instruction ip = {kNoScriptCmd, nullptr, kNoScriptLine};
+Instruction ip = {kNoScriptCmd, nullptr, kNoScriptLine, nullptr};
 
 namespace {
 
@@ -27,12 +28,17 @@ bool RoutedToLog() { return g_cached.debuglog == 1; }
 
 const char* Location(const char* text, const char* fallback) { return text ? text : fallback; }
 
+LineLocator s_locator = nullptr;
+// True while the last message printed left its line open (it didn't end in a line feed).
+bool s_lineOpen = false;
+
 }  // namespace
 
 void ClearInstruction() {
   ip.cmd = kNoScriptCmd;
   ip.next = nullptr;
   ip.line = kNoScriptLine;
+  ip.current = nullptr;
 }
 
 void DbgMsg(int level, const char* format, ...) {
@@ -42,6 +48,7 @@ void DbgMsg(int level, const char* format, ...) {
   va_start(args, format);
   FormatMessage(text, format, args);
   va_end(args);
+  if (text[0]) s_lineOpen = text[strlen(text) - 1] != '\n';
   if (RoutedToLog()) {
     if (engine) engine->LogPrint(text);
     return;
@@ -58,15 +65,27 @@ void ReportScriptError(int level, const char* format, ...) {
   va_end(args);
   const char* line = Location(ip.line, kNoScriptLine);
   const char* cmd = Location(ip.cmd, kNoScriptCmd);
+  s_lineOpen = cmd[0] && cmd[strlen(cmd) - 1] != '\n';
   if (RoutedToLog()) {
     if (!engine) return;
     engine->LogPrint(text);
     char where[TEXT_BUFFER_SIZE];
     snprintf(where, sizeof where, "  Error location %s: %s", line, cmd);
     engine->LogPrint(where);
+    ReportErrorLocation();
     return;
   }
   Msg("%s  Error source %s: %s", text, line, cmd);
+  ReportErrorLocation();
+}
+
+void SetLineLocator(LineLocator locator) { s_locator = locator; }
+
+void ReportErrorLocation() {
+  if (!g_cached.errorlocation || !ip.current || !s_locator) return;
+  char where[TEXT_BUFFER_SIZE];
+  // The message keeps its line as it is; the place starts a line of its own.
+  if (s_locator(ip.current, where, sizeof where)) DbgMsg(0, "%s  at %s\n", s_lineOpen ? "\n" : "", where);
 }
 
 void SetLastErrorText(const char* format, ...) {

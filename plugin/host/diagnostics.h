@@ -18,15 +18,18 @@ struct CachedSwitches {
   int brannock = 1;           // brannock_tidewright: the master switch
   int python = 1;             // brannock_python
   int frametimecheck = 0;     // tidewright_frametimecheck
+  int errorlocation = 1;      // tidewright_errorlocation: 1 adds a script error's place
 };
 extern CachedSwitches g_cached;
 
 // The current instruction: the script line running now, its successor and its file. Written by the
-// execution engine; read by reports and traces. cmd is "(no script)\n" and line "(console)" when no line runs.
+// execution engine; read by reports and traces. cmd is "(no script)\n", line "(console)" and current null
+// when no line runs.
 struct Instruction {
   const char* cmd;
   CScriptLine* next;
   const char* line;
+  const CScriptLine* current;
 };
 extern Instruction ip;
 
@@ -40,6 +43,13 @@ void ClearInstruction();
 void DbgMsg(int level, const char* format, ...) TW_PRINTF(2, 3);
 // As DbgMsg, followed by the place of the current script line.
 void ReportScriptError(int level, const char* format, ...) TW_PRINTF(2, 3);
+// Writes where a compiled line stands in its file ("<path>:<line> (block <name>)"); false when it has no
+// place. Only the execution engine knows compiled lines: it sets the locator.
+using LineLocator = bool (*)(const CScriptLine* line, char* out, size_t size);
+void SetLineLocator(LineLocator locator);
+// After the message of an error raised by a running script line: "  at <place>", on the message's way out,
+// while tidewright_errorlocation is 1. Nothing for a console line.
+void ReportErrorLocation();
 // Stores a short text in tidewright_lasterror. Prints nothing; nothing ever clears it.
 void SetLastErrorText(const char* format, ...) TW_PRINTF(1, 2);
 

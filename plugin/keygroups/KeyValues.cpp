@@ -38,7 +38,7 @@ IKeyValuesSystem* System() {
   return system;
 }
 
-char s_token[kTokenSize + 8];  // a word copied whole may reach 8 bytes past a token
+char s_token[kTokenSize];  // a token with its terminating zero, where a library call needs one
 
 // Where a parse error happened: the names of the keys being read, outermost first.
 struct ErrorStack {
@@ -59,7 +59,7 @@ struct ErrorStack {
   void Reset(int index, int symbol) {
     if (index >= 0 && index < kErrorStackSize) entries[index] = symbol;
   }
-  void Report(const char* message) const {
+  __attribute__((noinline, cold)) void Report(const char* message) const {
     DevMsg(1, "KeyValues Error: %s in file %s\n", message, fileName);
     for (int i = 0; i < deepest; ++i) {
       if (entries[i] == -1) continue;
@@ -239,39 +239,45 @@ inline uint64_t QuotedStops(uint64_t w) {
   return below14 | BytesEqual(w, '"');
 }
 
-// Copies a token into the token buffer up to its first stop byte, keeping the first 1023 bytes; every byte
-// beyond is reported and dropped. `limit` is one past the text's terminating zero. Gives the stop byte.
-// `Stops` marks the bytes of a word that may end the token; the class decides.
+// The first stop byte of a token: `Stops` marks the bytes of a word that may end it; the class decides.
+// `limit` is one past the text's terminating zero.
 template <uint64_t (*Stops)(uint64_t), unsigned char kStopClass>
-const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* limit, size_t& kept) {
-  size_t n = 0;
+const unsigned char* TokenEnd(const unsigned char* p, const unsigned char* limit) {
   for (;;) {
-    if (limit - p >= 8 && n < size_t(kTokenSize)) {
+    if (limit - p >= 8) {
       uint64_t word;
       memcpy(&word, p, 8);
-      memcpy(s_token + n, &word, 8);  // the buffer has room for the bytes behind the token
       if (uint64_t stops = Stops(word)) {
-        const int k = __builtin_ctzll(stops) / 8;
-        n += size_t(k);
-        p += k;
-        if (kClasses[(word >> (8 * k)) & 0xFF] & kStopClass) break;
-        ++n;  // kept: the word put it in the buffer already
+        p += __builtin_ctzll(stops) / 8;
+        if (kClasses[*p] & kStopClass) return p;
         ++p;
         continue;
       }
-      n += 8;
       p += 8;
       continue;
     }
-    if (kClasses[*p] & kStopClass) break;
-    if (n < size_t(kTokenSize)) s_token[n] = char(*p);
-    ++n;
+    if (kClasses[*p] & kStopClass) return p;
     ++p;
   }
-  kept = std::min(n, size_t(kTokenSize - 1));
-  s_token[kept] = '\0';
-  for (size_t lost = kept; lost < n; ++lost) s_errors.Report(" ReadToken overflow");
-  return p;
+}
+
+__attribute__((noinline, cold)) void ReportOverflow(size_t lostBytes) {
+  while (lostBytes-- > 0) s_errors.Report(" ReadToken overflow");
+}
+
+// The bytes of a token that are kept: the first 1023; every byte beyond is reported and dropped.
+inline size_t KeptLength(const unsigned char* begin, const unsigned char* end) {
+  const size_t n = size_t(end - begin);
+  if (n < size_t(kTokenSize)) return n;
+  ReportOverflow(n - size_t(kTokenSize - 1));
+  return size_t(kTokenSize - 1);
+}
+
+// A token's bytes with a terminating zero, in the token buffer (which they may already be in).
+const char* TokenText(const unsigned char* begin, size_t length) {
+  memmove(s_token, begin, length);
+  s_token[length] = '\0';
+  return s_token;
 }
 
 // Names met lately, by their exact bytes. A data file names the same keys in every record, and code sets the
@@ -279,12 +285,11 @@ const unsigned char* CopyTokenTo(const unsigned char* p, const unsigned char* li
 // never changes its text, so an entry stays right for the life of the process.
 class RecentNames {
 public:
-  // The symbol of `name` (length bytes, ended by a zero byte at name + length). `source` holds the same
-  // bytes and is read instead, never at or past `limit`: the reader passes the token's place in its text,
-  // read rather than the buffer just written. Up to 24 bytes, the three words that cover a name are the
-  // name. Two names share a set; the one found last stands first.
-  int SymbolOf(const char* name, const unsigned char* source, size_t length, const unsigned char* limit) {
-    if (length > kLongest) return System()->GetSymbolForString(name);
+  // The symbol of the `length` bytes at `source`, read never at or past `limit` (at most 1023 bytes). Up to
+  // 24 bytes, the three words that cover a name are the name. Two names share a set; the one found last
+  // stands first.
+  int SymbolOf(const unsigned char* source, size_t length, const unsigned char* limit) {
+    if (length > kLongest) return System()->GetSymbolForString(TokenText(source, length));
     Entry key{{0, 0, 0}, uint32_t(length), -1};
     if (length >= 8) {
       memcpy(&key.words[0], source, 8);
@@ -303,14 +308,15 @@ public:
       std::swap(set[0], set[1]);
     } else {
       set[1] = set[0];
-      key.symbol = System()->GetSymbolForString(name);
+      key.symbol = System()->GetSymbolForString(TokenText(source, length));
       set[0] = key;
     }
     return set[0].symbol;
   }
 
-private:
   static constexpr size_t kLongest = 24;
+
+private:
   static constexpr int kSetBits = 9;
   struct Entry {
     uint64_t words[3] = {0, 0, 0};
@@ -326,11 +332,23 @@ private:
 
 int SymbolOf(const char* name) {
   const size_t length = strlen(name);
+  if (length > RecentNames::kLongest) return System()->GetSymbolForString(name);
   const auto* bytes = reinterpret_cast<const unsigned char*>(name);
-  return s_recentNames.SymbolOf(name, bytes, length, bytes + length + 1);
+  return s_recentNames.SymbolOf(bytes, length, bytes + length + 1);
 }
 
 }  // namespace
+
+// A token as the lexer gives it: its bytes in the text, not followed by a zero byte.
+struct KeyValuesToken {
+  const char* text = nullptr;  // null: no token (the end of the text, or a fault)
+  size_t length = 0;
+  bool quoted = false;
+
+  bool IsBrace(char brace) const { return !quoted && length == 1 && text[0] == brace; }
+  // The bytes with a terminating zero, in the token buffer: valid until the next call.
+  const char* Terminated() const { return TokenText(reinterpret_cast<const unsigned char*>(text), length); }
+};
 
 class KeyValuesLexer {
 public:
@@ -338,60 +356,59 @@ public:
       : m_p(reinterpret_cast<const unsigned char*>(text)), m_limit(m_p + strlen(text) + 1) {}
   bool Stopped() const { return !m_p; }
   void Stop() { m_p = nullptr; }
-  size_t Length() const { return m_length; }  // of the token Next gave last
 
-  // The symbol of the token Next gave last.
-  int Symbol() const { return s_recentNames.SymbolOf(s_token, m_begin, m_length, m_limit); }
+  int Symbol(const KeyValuesToken& token) const {
+    return s_recentNames.SymbolOf(reinterpret_cast<const unsigned char*>(token.text), token.length, m_limit);
+  }
 
-  __attribute__((always_inline)) const char* Next(bool& quoted) {
-    quoted = false;
-    if (!m_p || !*m_p) return nullptr;
+  __attribute__((always_inline)) KeyValuesToken Next() {
+    KeyValuesToken token;
+    if (!m_p || !*m_p) return token;
     const unsigned char* p = SkipSpaceAndComments(m_p);
-    const char* token = s_token;
-    if (!*p)
-      token = nullptr;
-    else if (*p == '"')
-      p = ReadQuoted(p + 1, token, quoted);
-    else if (*p == '{' || *p == '}')
-      p = ReadBrace(p);
-    else
-      p = CopyTokenTo<PlainStops, kEndsPlain>(m_begin = p, m_limit, m_length);
-    m_p = p;
+    if (!*p) {
+      m_p = p;
+      return token;
+    }
+    if (*p == '"') {
+      m_p = ReadQuoted(p + 1, token);
+      return token;
+    }
+    token.text = reinterpret_cast<const char*>(p);
+    if (*p == '{' || *p == '}') {
+      token.length = 1;
+      m_p = p + 1;
+      return token;
+    }
+    const unsigned char* end = TokenEnd<PlainStops, kEndsPlain>(p, m_limit);
+    token.length = KeptLength(p, end);
+    m_p = end;
     return token;
   }
 
 private:
-  const unsigned char* ReadBrace(const unsigned char* p) {
-    m_begin = p;
-    s_token[0] = char(*p);
-    s_token[1] = '\0';
-    m_length = 1;
-    return p + 1;
-  }
-
-  // A line end inside the quotes ends the token there and stays unread; the end of the text gives null.
-  const unsigned char* ReadQuoted(const unsigned char* begin, const char*& token, bool& quoted) {
-    quoted = true;
-    const unsigned char* end = CopyTokenTo<QuotedStops, kEndsQuoted>(m_begin = begin, m_limit, m_length);
-    if (*end == '"') return end + 1;
+  // A line end inside the quotes ends the token there and stays unread; the end of the text gives none.
+  const unsigned char* ReadQuoted(const unsigned char* begin, KeyValuesToken& token) {
+    const unsigned char* end = TokenEnd<QuotedStops, kEndsQuoted>(begin, m_limit);
+    token.length = KeptLength(begin, end);
+    token.quoted = true;
+    if (*end == '"') {
+      token.text = reinterpret_cast<const char*>(begin);
+      return end + 1;
+    }
     if (*end) {
       s_errors.Report("unexpected CR/LF in string");
+      token.text = reinterpret_cast<const char*>(begin);
       return end;
     }
     s_errors.Report("ReadToken unexpected EOF in quoted string");
-    token = nullptr;
     return end;
   }
 
   const unsigned char* m_p;
-  const unsigned char* m_limit;            // one past the text's terminating zero
-  const unsigned char* m_begin = nullptr;  // the last token's first byte in the text
-  size_t m_length = 0;
+  const unsigned char* m_limit;  // one past the text's terminating zero
 };
 
 namespace {
-
-inline bool IsBrace(const char* token, bool quoted, char brace) { return !quoted && token[0] == brace && !token[1]; }
 
 // ---- value types ----
 
@@ -422,11 +439,14 @@ inline bool IsCSpace(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\
 // The type rule: an integer when strtol takes the whole token and it fits in 32 bits, a float when it is a
 // decimal number that strtol doesn't take whole, else text. Tokens without leading white space take the
 // quick way; the answer is the same either way.
+// Only a token that starts so can be a number, leading white space included.
+inline bool MayBeNumber(unsigned char first) {
+  return (first >= '0' && first <= '9') || first == '-' || first == '+' || first == '.' || IsCSpace(first);
+}
+
 ValueKind ClassifyValue(const char* token, int& asInt) {
   const unsigned char first = static_cast<unsigned char>(token[0]);
-  if (!first) return ValueKind::kText;
-  const bool numberStart = (first >= '0' && first <= '9') || first == '-' || first == '+' || first == '.';
-  if (!numberStart && !IsCSpace(first)) return ValueKind::kText;
+  if (!first || !MayBeNumber(first)) return ValueKind::kText;
   if (IsCSpace(static_cast<unsigned char>(token[0]))) {
     char* intEnd = nullptr;
     errno = 0;
@@ -924,15 +944,14 @@ bool KeyValues::LoadFromBuffer(const char* resourceName, const char* buffer, IBa
   KeyValues* previous = nullptr;
   KeyValuesLexer lexer(buffer);
   while (!lexer.Stopped() && !s_includes.exhausted) {
-    bool quoted;
-    const char* token = lexer.Next(quoted);
-    if (lexer.Stopped() || !token || !token[0]) break;
+    KeyValuesToken token = lexer.Next();
+    if (lexer.Stopped() || !token.text || !token.length) break;
 
-    if (Q_strcasecmp(token, "#include") == 0) {
-      token = lexer.Next(quoted);
-      if (token && token[0]) {
+    if (token.length == 8 && Q_strncasecmp(token.text, "#include", 8) == 0) {
+      token = lexer.Next();
+      if (token.text && token.length) {
         char name[kTokenSize];
-        Q_strncpy(name, token, sizeof name);
+        Q_strncpy(name, token.Terminated(), sizeof name);
         if (KeyValues* included = ParseIncludedKeys(resourceName, name, filesystem, pathID, includeCount))
           includes[includeCount++] = included;
         s_errors.fileName = resourceName ? resourceName : "";
@@ -944,14 +963,14 @@ bool KeyValues::LoadFromBuffer(const char* resourceName, const char* buffer, IBa
 
     KeyValues* node = current;
     if (node) {
-      node->SetName(token);
+      node->m_iKeyName = lexer.Symbol(token);
     } else {
-      node = new KeyValues(token);
+      node = new KeyValues(token.Terminated());
       node->m_bHasEscapeSequences = m_bHasEscapeSequences;
       if (previous) previous->SetNextKey(node);
     }
-    token = lexer.Next(quoted);
-    if (token && IsBrace(token, quoted, '{'))
+    token = lexer.Next();
+    if (token.text && token.IsBrace('{'))
       node->RecursiveLoadFromBuffer(lexer, 0);
     else
       s_errors.Report("LoadFromBuffer: missing {");
@@ -979,22 +998,21 @@ void KeyValues::RecursiveLoadFromBuffer(KeyValuesLexer& lexer, int depth) {
   while (last && last->m_pPeer) last = last->m_pPeer;
 
   for (;;) {
-    bool quoted;
-    const char* token = lexer.Next(quoted);
-    if (!token) {
+    KeyValuesToken token = lexer.Next();
+    if (!token.text) {
       s_errors.Report("RecursiveLoadFromBuffer:  got EOF instead of keyname");
       lexer.Stop();
       break;
     }
-    if (!token[0]) {
+    if (!token.length) {
       s_errors.Report("RecursiveLoadFromBuffer:  got empty keyname");
       lexer.Stop();
       break;
     }
-    if (IsBrace(token, quoted, '}')) break;
+    if (token.IsBrace('}')) break;
 
     KeyValues* key = new KeyValues(nullptr);
-    key->m_iKeyName = lexer.Symbol();
+    key->m_iKeyName = lexer.Symbol(token);
     key->m_bHasEscapeSequences = m_bHasEscapeSequences;
     if (last)
       last->m_pPeer = key;
@@ -1003,16 +1021,16 @@ void KeyValues::RecursiveLoadFromBuffer(KeyValuesLexer& lexer, int depth) {
     last = key;
     s_errors.Reset(keyEntry, key->m_iKeyName);
 
-    token = lexer.Next(quoted);
-    if (!token) {
+    token = lexer.Next();
+    if (!token.text) {
       s_errors.Report("RecursiveLoadFromBuffer:  got NULL key");
       break;
     }
-    if (IsBrace(token, quoted, '}')) {
+    if (token.IsBrace('}')) {
       s_errors.Report("RecursiveLoadFromBuffer:  got } in key");
       break;
     }
-    if (IsBrace(token, quoted, '{')) {
+    if (token.IsBrace('{')) {
       if (depth + 1 >= kMaxNesting) {
         s_errors.Report("RecursiveLoadFromBuffer:  nesting too deep");
         lexer.Stop();
@@ -1022,25 +1040,33 @@ void KeyValues::RecursiveLoadFromBuffer(KeyValuesLexer& lexer, int depth) {
       if (lexer.Stopped()) break;
       continue;
     }
-    key->SetValueFromToken(token, lexer.Length());
+    key->SetValueFromToken(token.text, token.length);
   }
   s_errors.Pop();
   s_errors.Pop();
 }
 
+// Text values take their bytes straight from the text; a value that may be a number is classified on a
+// terminated copy, as the library's number readers want one.
 void KeyValues::SetValueFromToken(const char* token, size_t length) {
+  if (!MayBeNumber(static_cast<unsigned char>(token[0])) || length == 0) {
+    m_sValue = NewValueText(token, length);
+    m_iDataType = TYPE_STRING;
+    return;
+  }
+  const char* terminated = TokenText(reinterpret_cast<const unsigned char*>(token), length);
   int asInt = 0;
-  switch (ClassifyValue(token, asInt)) {
+  switch (ClassifyValue(terminated, asInt)) {
     case ValueKind::kInt:
       m_iValue = asInt;
       m_iDataType = TYPE_INT;
       break;
     case ValueKind::kFloat:
-      m_flValue = DecimalToFloat(token);
+      m_flValue = DecimalToFloat(terminated);
       m_iDataType = TYPE_FLOAT;
       break;
     case ValueKind::kText:
-      m_sValue = NewValueText(token, length);
+      m_sValue = NewValueText(terminated, length);
       m_iDataType = TYPE_STRING;
       break;
   }

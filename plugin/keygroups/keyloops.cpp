@@ -113,6 +113,7 @@ void StartLoop(const LoopKind& kind, bool expand, bool fromConsole) {
   ArgView args(expand);
   if (args.Argc() < 5 || strcasecmp(args.Argv(2), "in") != 0) {
     DbgMsg(0, "%s", kind.invalidSyntax);
+    ReportErrorLocation();
     SetLastErrorText("Syntax error");
     return;
   }

@@ -81,6 +81,7 @@ public:
   void Dispatch() override {
     if (engine->Cmd_Argc() < m_row.minArgc) {
       DbgMsg(0, "%s", m_row.usage);
+      ReportErrorLocation();
       SetLastErrorText("Not enough arguments.");
       return;
     }
@@ -159,6 +160,7 @@ void RunHandler(const CommandRow& row, bool expand, bool fromConsole) {
   DbgMsg(5, "Command: %s;\n", args.Args());
   if (fromConsole && args.Argc() < row.minArgc) {
     DbgMsg(0, row.usage, args.Argv(0));
+    ReportErrorLocation();
     SetLastErrorText("Syntax error");
     return;
   }

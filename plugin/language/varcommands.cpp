@@ -57,6 +57,7 @@ void Copy_h(bool expand, bool fromConsole) {
   ArgView args(expand);
   if (args.Argc() != 3) {
     DbgMsg(0, "Syntax: tw_xcopy <varname> <varname2>\n");
+    ReportErrorLocation();
     SetLastErrorText("Not enough arguments.");
     return;
   }

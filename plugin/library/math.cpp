@@ -252,6 +252,7 @@ void XMath_f() {
   if (!*name) {
     DbgMsg(0, "Specify a var !\n");
     DbgMsg(0, "Syntax: tw_xmath <variable> <operator> <value1> [value2]\n");
+    ReportErrorLocation();
     SetLastErrorText("Not enough arguments.");
     return;
   }
@@ -285,6 +286,7 @@ void XMath_f() {
 void XRand_f() {
   if (engine->Cmd_Argc() != 4) {
     DbgMsg(0, "Syntax: tw_xrand <cvar> <minimum> <maximum>\n");
+    ReportErrorLocation();
     SetLastErrorText("Not enough arguments.");
     return;
   }

@@ -110,6 +110,7 @@ void XString_f() {
   if (!*Argv(1)) {
     DbgMsg(0, "Specify a var !\n");
     DbgMsg(0, "Syntax: tw_xstring <variable> <operator> <value1> [value2]\n");
+    ReportErrorLocation();
     SetLastErrorText("Not enough arguments.");
     return;
   }

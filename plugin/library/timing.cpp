@@ -74,6 +74,7 @@ const char kProfileHelp[] = "profile begin <var>\nor\nprofile end <var>\n";
 void Profile_f() {
   if (engine->Cmd_Argc() < 3) {
     DbgMsg(0, "%s", kProfileHelp);
+    ReportErrorLocation();
     SetLastErrorText("Syntax error");
     return;
   }

@@ -85,6 +85,7 @@ bool CompareTokens(const char* left, CompareCode code, const char* right) {
   }
   const char* args = engine->Cmd_Args();
   DbgMsg(0, "%s: Unsupported comparison operator. Your line was:\n  %s\n", engine->Cmd_Argv(0), args ? args : "");
+  ReportErrorLocation();
   SetLastErrorText("Syntax error");
   return false;
 }
@@ -120,6 +121,7 @@ namespace {
 void FormatError(int number, const char* line) {
   DbgMsg(0, "tw_xif: Format is:\n  tw_xif (<foo> equalto <bar>) then <any typical script line>\n%d Your line was: %s\n",
          number, line);
+  ReportErrorLocation();
   SetLastErrorText("Syntax error");
 }
 
@@ -138,6 +140,7 @@ void If_h(bool expand, bool fromConsole) {
            "tw_xif: Couldn't find then portion. Format is:\n  tw_xif (<foo> equalto <bar>) then <any typical script "
            "line>\n5 Your line was: %s\n",
            args.Args());
+    ReportErrorLocation();
     SetLastErrorText("Syntax error");
     return;
   }

@@ -61,6 +61,7 @@ void TestExpression(const char* expression) {
 void Ifx_f() {
   if (engine->Cmd_Argc() < kIfxTokens) {
     DbgMsg(0, "%s: Syntax error.\n\t%s", Argv(0), Args());
+    ReportErrorLocation();
     SetLastErrorText("Syntax error");
     return;
   }
@@ -73,6 +74,7 @@ void Ifx_f() {
     TestVariable(Argv(3), false);
   } else {
     DbgMsg(0, "%s: Syntax error. Unsupported mode: %s\n\t%s", Argv(0), mode, Args());
+    ReportErrorLocation();
     SetLastErrorText("Syntax error");
   }
 }

@@ -53,11 +53,16 @@ void QueueFirstLine(const Instruction& start, const char* name) {
   ImmediateExecuteCommand(start.cmd);
 }
 
-void FillInstruction(const CBlock* block, Instruction& instruction) {
-  instruction.cmd = block->firstLine->text;
-  instruction.next = block->firstLine->next;
+void FillInstruction(CBlock* block, Instruction& instruction) {
+  CScriptLine* first = block->FirstLine();
+  instruction.cmd = first->text;
+  instruction.next = first->Next();
   instruction.line = block->FileName();
+  instruction.current = first;
 }
+
+// Error reports name the running line's place through this.
+const bool s_locatorSet = (SetLineLocator(DescribeLine), true);
 
 }  // namespace
 
@@ -168,8 +173,12 @@ bool ExecNextInstruction(LineHandle handle, Instruction& instruction) {
   CScriptLine* line = g_lineHandles.Get(handle);
   if (!line) return false;
   instruction.cmd = line->text;
-  instruction.next = line->next;
-  instruction.line = line->block->FileName();
+  instruction.next = line->Next();
+  // The shared end lines belong to no block: the place stays the one of the line before.
+  if (const CBlock* block = line->Block()) {
+    instruction.line = block->FileName();
+    instruction.current = line;
+  }
   if (g_cached.debug >= 6)
     DbgMsg(6, "ExecNextInstruction discovered:\n   NextIP: 0x%llx\n      Cmd: %s",
            static_cast<unsigned long long>(handle), instruction.cmd);

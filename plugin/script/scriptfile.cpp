@@ -91,63 +91,74 @@ const char* ScriptArena::Copy(const char* text) {
 
 // ---- lines and blocks ----
 
-CBlock::CBlock(const char* fullName, CScript* owner, bool event) : script(owner), isEvent(event) {
-  DbgMsg(5, "Name: %s\n", fullName);
-  char bounded[MAX_BLOCK_NAME];
-  CopyBounded(bounded, sizeof bounded, fullName);
-  name = owner->arena.Copy(bounded);
+namespace {
+
+// The two lines every block ends in. Their handles are taken once, by the first block that closes.
+CScriptLine s_endLines[2] = {{"tw__eb\n\n", HandleTable<CScriptLine>::kNone, CScriptLine::kShared, 0},
+                             {"\n", HandleTable<CScriptLine>::kNone, CScriptLine::kShared, 0}};
+
+bool TakeEndLineHandles() {
+  for (CScriptLine& line : s_endLines)
+    if (!line.handle) line.handle = g_lineHandles.Add(&line);
+  return s_endLines[0].handle && s_endLines[1].handle;
+}
+
+}  // namespace
+
+CBlock* CScriptLine::Block() const {
+  if (index == kShared) return nullptr;
+  return reinterpret_cast<CBlock*>(const_cast<CScriptLine*>(this - index)) - 1;
+}
+
+CScriptLine* CScriptLine::Next() const {
+  if (index == kShared) return this == &s_endLines[0] ? &s_endLines[1] : nullptr;
+  return index < Block()->lineCount ? const_cast<CScriptLine*>(this + 1) : &s_endLines[0];
+}
+
+CBlock::CBlock(CScript* owner, const char* fullName, uint32_t lines, bool event)
+    : script(owner), name(fullName), lineCount(lines), isEvent(event) {
   const char* slash = strrchr(name, '/');
   baseName = slash ? slash + 1 : name;
-  DbgMsg(5, "CBlock: Basename: %s\n", baseName);
-  char first[MAX_BLOCK_NAME + 16];
-  Join(first, sizeof first, {"tw__sb ", name, "\n"});
-  firstLine = lastLine = NewLine(owner->arena.Copy(first));
-  handle = g_blockHandles.Add(this);
-  if (!handle) owner->handlesRefused = true;
 }
 
 // Handles go back in the order they were taken, the block's first, then its lines'.
 CBlock::~CBlock() {
   g_blockHandles.Remove(handle);
-  for (CScriptLine* line = firstLine; line; line = line->next) g_lineHandles.Remove(line->handle);
-}
-
-CScriptLine* CBlock::NewLine(const char* text) {
-  void* memory = script->arena.Allocate(sizeof(CScriptLine), alignof(CScriptLine));
-  auto* line = new (memory) CScriptLine{text, this, nullptr, HandleTable<CScriptLine>::kNone};
-  line->handle = g_lineHandles.Add(line);
-  if (!line->handle) script->handlesRefused = true;
-  return line;
-}
-
-int CBlock::AddLine(const char* lineText, int number, bool shared) {
-  if (closed || !lineText) return -1;
-  ++lineCount;
-  CScriptLine* line = NewLine(shared ? lineText : script->arena.Copy(lineText));
-  lastLine->next = line;
-  lastLine = line;
-  DbgMsg(7, "Added block line #%d to block %s:\n  %s", number, name, lineText);
-  return lineCount;
+  CScriptLine* lines = FirstLine();
+  for (uint32_t i = 0; i <= lineCount; ++i) g_lineHandles.Remove(lines[i].handle);
 }
 
 const char* CBlock::FileName() const { return script->fileName; }
 
-// The two end lines are the same text in every block.
-int CBlock::CloseBlock() {
-  AddLine("tw__eb\n\n", -1, true);
-  AddLine("\n", -1, true);
-  closed = true;
-  return lineCount;
+bool DescribeLine(const CScriptLine* line, char* out, size_t size) {
+  const CBlock* block = line ? line->Block() : nullptr;
+  if (!block) return false;
+  // A nested block stands before the section it is written in, with no other section between them.
+  const CScript* script = block->script;
+  const size_t prefix = strlen(script->name);
+  const CBlock* section = block;
+  while (section->next && !(strncmp(section->name, script->name, prefix) == 0 && section->name[prefix] == '/'))
+    section = section->next;
+  snprintf(out, size, "%s:%u (block %s)", script->path, line->number, section->name);
+  return true;
 }
 
 // ---- scripts ----
 
-CScript::CScript(const char* scriptName) : name(CopyText(scriptName)) {
+CScript::CScript(const char* scriptName, const char* filePath) : name(CopyText(scriptName)) {
   for (char* p = name; *p; ++p)
     if (*p == '\\') *p = '/';
   size_t n = strlen(name) + 8;
   fileName = static_cast<char*>(malloc(n));
   snprintf(fileName, n, "tw_%s.txt", name);
+  if (filePath) {
+    path = CopyText(filePath);
+  } else {
+    const char* slash = strrchr(name, '/');
+    const size_t size = strlen(name) * 2 + 32;
+    path = static_cast<char*>(malloc(size));
+    snprintf(path, size, "addons/tidewright/%s/tw_%s.txt", name, slash ? slash + 1 : name);
+  }
 }
 
 CScript::~CScript() {
@@ -159,25 +170,57 @@ CScript::~CScript() {
   // A script can be removed while its line is the current instruction (a block that unloads its own
   // script): reports must not read the released texts.
   if (ip.line == fileName) ClearInstruction();
+  free(path);
   free(fileName);
   free(name);
 }
 
 // The reader of script text: one line per call, leading white space skipped, a line cut to the buffer
-// with the rest of it passed over. An empty line means the end of the text (or a NUL byte).
+// with the rest of it passed over. An empty line means the end of the text (or a NUL byte). It counts the
+// line ends it passes, as an editor numbers lines (CR LF, LF and a lone CR each end one).
 struct CScript::Reader {
   const char* data;
   size_t size;
   size_t pos = 0;
+  uint32_t lineEnds = 0;
+
+  // The editor's number of the line GetLine read last.
+  uint32_t Number() const { return lineEnds + 1; }
 
   void GetLine(char* out, size_t outSize) {
-    while (pos < size && data[pos] && isspace(static_cast<unsigned char>(data[pos]))) ++pos;
+    while (pos < size && data[pos] && isspace(static_cast<unsigned char>(data[pos]))) {
+      if (data[pos] == '\n' || (data[pos] == '\r' && (pos + 1 >= size || data[pos + 1] != '\n'))) ++lineEnds;
+      ++pos;
+    }
     size_t n = 0;
     while (pos < size && data[pos] != '\r' && data[pos] != '\n' && data[pos] != '\0') {
       if (n + 1 < outSize) out[n++] = data[pos];
       ++pos;
     }
     out[n] = '\0';
+  }
+};
+
+// The blocks being read: the open ones, innermost last, and the lines read for them, an inner block's
+// after its parent's. A block's record is carved when it closes, its size known.
+struct CScript::Pending {
+  struct Line {
+    const char* text;
+    uint32_t number;
+  };
+  struct Open {
+    const char* name;
+    const char* firstLine;
+    uint32_t number;
+    size_t linesAt;
+    bool isEvent;
+  };
+  std::vector<Open> open;
+  std::vector<Line> lines;
+
+  void AddLine(const char* text, uint32_t number, int counted) {
+    lines.push_back({text, number});
+    DbgMsg(7, "Added block line #%d to block %s:\n  %s", counted, open.back().name, text);
   }
 };
 
@@ -189,6 +232,7 @@ bool CScript::ParseBuffer(const char* data, size_t size) {
   while (line[0]) {
     const bool isEvent = strncmp(line.data(), "event ", 6) == 0;
     if (isEvent || strncmp(line.data(), "block ", 6) == 0) {
+      const uint32_t header = reader.Number();
       char sectionName[MAX_TOPLEVEL_LINE];
       const char* p = line.data() + 6;
       while (isspace(static_cast<unsigned char>(*p))) ++p;
@@ -201,7 +245,7 @@ bool CScript::ParseBuffer(const char* data, size_t size) {
         DbgMsg(0, "[Tidewright] Section name too long in %s, cut to %d characters: %s\n", fileName,
                MAX_SECTION_NAME - 1, sectionName);
       }
-      CreateBlocks(reader, isEvent, sectionName);
+      CreateBlocks(reader, isEvent, sectionName, header);
     }
     reader.GetLine(line.data(), line.size());
     ++lineNumber;
@@ -209,7 +253,7 @@ bool CScript::ParseBuffer(const char* data, size_t size) {
   return true;
 }
 
-CBlock* CScript::OpenBlock(const char* sectionName, bool isEvent) {
+void CScript::OpenBlock(Pending& pending, const char* sectionName, bool isEvent, uint32_t number) {
   ++blockCount;
   char fullName[MAX_SCRIPT_NAME + MAX_SECTION_NAME + 16];
   if (sectionName)
@@ -219,7 +263,40 @@ CBlock* CScript::OpenBlock(const char* sectionName, bool isEvent) {
   if (strlen(fullName) >= MAX_BLOCK_NAME)
     DbgMsg(0, "[Tidewright] Block name too long in %s, cut to %d characters: %.*s\n", fileName,
            MAX_BLOCK_NAME - 1, MAX_BLOCK_NAME - 1, fullName);
-  return new (arena.Allocate(sizeof(CBlock), alignof(CBlock))) CBlock(fullName, this, sectionName ? isEvent : false);
+  DbgMsg(5, "Name: %s\n", fullName);
+  char bounded[MAX_BLOCK_NAME];
+  CopyBounded(bounded, sizeof bounded, fullName);
+  const char* blockName = arena.Copy(bounded);
+  const char* slash = strrchr(blockName, '/');
+  DbgMsg(5, "CBlock: Basename: %s\n", slash ? slash + 1 : blockName);
+  char first[MAX_BLOCK_NAME + 16];
+  Join(first, sizeof first, {"tw__sb ", blockName, "\n"});
+  pending.open.push_back({blockName, arena.Copy(first), number, pending.lines.size(), sectionName ? isEvent : false});
+}
+
+// Carves the innermost open block with its lines, takes their handles and joins it to the script's list.
+CBlock* CScript::CloseBlock(Pending& pending) {
+  const Pending::Open open = pending.open.back();
+  pending.open.pop_back();
+  const uint32_t count = uint32_t(pending.lines.size() - open.linesAt);
+  void* memory = arena.Allocate(sizeof(CBlock) + (count + 1) * sizeof(CScriptLine), alignof(CBlock));
+  auto* block = new (memory) CBlock(this, open.name, count, open.isEvent);
+  CScriptLine* lines = block->FirstLine();
+  lines[0] = {open.firstLine, HandleTable<CScriptLine>::kNone, 0, open.number};
+  for (uint32_t i = 0; i < count; ++i) {
+    const Pending::Line& read = pending.lines[open.linesAt + i];
+    lines[i + 1] = {read.text, HandleTable<CScriptLine>::kNone, i + 1, read.number};
+  }
+  pending.lines.resize(open.linesAt);
+  DbgMsg(7, "Added block line #%d to block %s:\n  %s", -1, block->name, s_endLines[0].text);
+  DbgMsg(7, "Added block line #%d to block %s:\n  %s", -1, block->name, s_endLines[1].text);
+
+  block->handle = g_blockHandles.Add(block);
+  bool handles = block->handle && TakeEndLineHandles();
+  for (uint32_t i = 0; i <= count; ++i) handles = (lines[i].handle = g_lineHandles.Add(&lines[i])) && handles;
+  if (!handles) handlesRefused = true;
+  AppendBlock(block);
+  return block;
 }
 
 void CScript::AppendBlock(CBlock* block) {
@@ -230,27 +307,25 @@ void CScript::AppendBlock(CBlock* block) {
 // Reads one section behind its opening brace. Nested braces open anonymous blocks; each closed block
 // joins the script's list at once (so a nested block stands before its parent) and leaves a tw__db line
 // in its parent. The end of the text closes every open block. Kept iterative: nesting has no depth limit.
-void CScript::CreateBlocks(Reader& reader, bool isEvent, const char* sectionName) {
-  std::vector<CBlock*> open{OpenBlock(sectionName, isEvent)};
+void CScript::CreateBlocks(Reader& reader, bool isEvent, const char* sectionName, uint32_t header) {
+  Pending pending;
+  OpenBlock(pending, sectionName, isEvent, header);
   std::vector<char> line(MAX_SCRIPT_LINE);
   char text[MAX_SCRIPT_LINE + 1];
   auto closeInnermost = [&] {
-    CBlock* block = open.back();
-    open.pop_back();
-    block->CloseBlock();
-    AppendBlock(block);
-    if (!open.empty()) {
+    CBlock* block = CloseBlock(pending);
+    if (!pending.open.empty()) {
       char call[MAX_BLOCK_NAME + 16];
       snprintf(call, sizeof call, "tw__db %s\n", block->name);
-      open.back()->AddLine(call, lineNumber);
+      pending.AddLine(arena.Copy(call), reader.Number(), lineNumber);
     }
   };
-  while (!open.empty()) {
+  while (!pending.open.empty()) {
     reader.GetLine(line.data(), line.size());
     ++lineNumber;
     DbgMsg(6, "CreateBlocks# %s\n", line.data());
     if (!line[0]) {
-      while (!open.empty()) closeInnermost();
+      while (!pending.open.empty()) closeInnermost();
       break;
     }
     const char* p = line.data();
@@ -259,10 +334,10 @@ void CScript::CreateBlocks(Reader& reader, bool isEvent, const char* sectionName
     if (*p == '}') {
       closeInnermost();
     } else if (*p == '{') {
-      open.push_back(OpenBlock(nullptr, false));
+      OpenBlock(pending, nullptr, false, reader.Number());
     } else {
       Join(text, sizeof text, {p, "\n"});
-      open.back()->AddLine(text, lineNumber);
+      pending.AddLine(arena.Copy(text), reader.Number(), lineNumber);
     }
   }
 }
@@ -315,7 +390,7 @@ void LoadAddonFile(const char* name) {
     return;
   }
   DbgMsg(1, "File opened: %s.\n", path);
-  CScript* script = new CScript(scriptName);
+  CScript* script = new CScript(scriptName, path);
   CompileFile(script, file, path);
   DbgMsg(1, "[Tidewright] Loading file... \n");
   if (script->handlesRefused) {

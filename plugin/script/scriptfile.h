@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "tier1/handletable.h"
 
@@ -49,29 +50,31 @@ private:
   size_t m_nextChunkBytes = 4096;
 };
 
-// One line of a block, in its script's arena. Its file is its block's script's.
+// One line of a block. A block's lines stand in one array right behind it, in its script's arena: the
+// generated first line (tw__sb), then the lines of the source, tw__db in place of each nested block. Every
+// block goes on to the same two end lines, shared by all blocks: "tw__eb" and the end line, which has no
+// successor.
 class CScriptLine {
 public:
-  const char* text;        // the command with its line feed
-  CBlock* block;
-  CScriptLine* next;       // null on the block's last line
-  LineHandle handle;       // kNone when the table had none left
+  static constexpr uint32_t kShared = UINT32_MAX;  // the index of the two shared end lines
+
+  const char* text;   // the command with its line feed
+  LineHandle handle;  // kNone when the table had none left
+  uint32_t index;     // the place in its block's array, 0 for the first line
+  uint32_t number;    // the line in the file as an editor counts it, from 1; 0 for the shared end lines
+
+  CBlock* Block() const;     // null for the shared end lines
+  CScriptLine* Next() const;  // null for the end line
 };
 
-// A compiled block, in its script's arena: the generated first line, the lines of the source, then
-// "tw__eb" and the end line, which has no successor.
+// A compiled block, in its script's arena, its lines behind it.
 class CBlock {
 public:
-  CBlock(const char* fullName, CScript* owner, bool event);
   ~CBlock();
   CBlock(const CBlock&) = delete;
   CBlock& operator=(const CBlock&) = delete;
 
-  // Appends a line; the new line count, or -1 when the block is closed or text is null. A text that
-  // `shared` marks lives as long as the program and isn't copied.
-  int AddLine(const char* lineText, int number, bool shared = false);
-  // Adds "tw__eb" and the end line, which has no successor, and closes the block.
-  int CloseBlock();
+  CScriptLine* FirstLine() { return reinterpret_cast<CScriptLine*>(this + 1); }
   const char* FileName() const;
 
   CScript* script;
@@ -80,20 +83,19 @@ public:
   CBlock* prevEvent = nullptr;
   const char* name;        // the full name, cut to MAX_BLOCK_NAME - 1 characters
   const char* baseName;    // behind the last '/' of the name
-  CScriptLine* firstLine;
-  CScriptLine* lastLine;
-  int lineCount = 0;
-  bool closed = false;
+  BlockHandle handle = HandleTable<CBlock>::kNone;
+  uint32_t lineCount;      // the lines behind the first, without the shared end lines
   bool isEvent;
-  BlockHandle handle;
 
 private:
-  CScriptLine* NewLine(const char* text);
+  friend class CScript;
+  CBlock(CScript* owner, const char* fullName, uint32_t lines, bool event);
 };
 
 class CScript {
 public:
-  explicit CScript(const char* scriptName);
+  // `filePath` is where the text was read; without it, where tw_load would read it.
+  explicit CScript(const char* scriptName, const char* filePath = nullptr);
   ~CScript();
   CScript(const CScript&) = delete;
   CScript& operator=(const CScript&) = delete;
@@ -106,19 +108,26 @@ public:
   CScript* next = nullptr;
   char* name;              // as given to tw_load, backslashes turned into slashes
   char* fileName;          // "tw_<name>.txt": what reports and traces show as a line's place
+  char* path;              // "addons/tidewright/<name>/tw_<base>.txt", where the file was read
   int blockCount = 0;
   bool enabled = true;
-  int lineNumber = 0;
+  int lineNumber = 0;      // the reader's count of lines read, blank lines skipped
   bool handlesRefused = false;  // a block or line found no handle left: such a script is refused
   ScriptArena arena;
 
 private:
   struct Reader;
+  struct Pending;
   CBlock** blockTail = &firstBlock;  // where the next closed block joins the list: loading stays linear
-  void CreateBlocks(Reader& reader, bool isEvent, const char* sectionName);
-  CBlock* OpenBlock(const char* sectionName, bool isEvent);
+  void CreateBlocks(Reader& reader, bool isEvent, const char* sectionName, uint32_t header);
+  void OpenBlock(Pending& pending, const char* sectionName, bool isEvent, uint32_t number);
+  CBlock* CloseBlock(Pending& pending);
   void AppendBlock(CBlock* block);
 };
+
+// Writes where a line stands, "<path>:<number> (block <section>)", a line of a nested block named by the
+// section it is written in. False for a line with no place (the shared end lines).
+bool DescribeLine(const CScriptLine* line, char* out, size_t size);
 
 // Loads the script `name` from "addons/tidewright/<name>/tw_<base>.txt" through the engine's file system.
 // Every outcome is printed; a loaded script's `load` block is queued.

@@ -47,6 +47,7 @@ void Remove_h(bool expand, bool) {
   ArgView args(expand);
   if (args.Argc() < 2) {
     DbgMsg(0, "Syntax: tw_xremove <entity>\n");
+    ReportErrorLocation();
     SetLastErrorText("Not enough arguments.");
     return;
   }

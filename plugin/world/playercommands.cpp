@@ -130,6 +130,7 @@ void CountPlayers(bool expand, bool fromConsole, bool livingOnly) {
   const int count = args.Argc() + (fromConsole ? 0 : 1);
   if (count > 3) {
     DbgMsg(0, "Syntax: tw_xgetplayercount <var> [team number]\n");
+    ReportErrorLocation();
     SetLastErrorText("Not enough arguments.");
     return;
   }

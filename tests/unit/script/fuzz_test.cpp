@@ -40,9 +40,10 @@ TEST_F(FuzzTest, ScriptReaderTakesAnyText) {
     CScript* script = new CScript(name.c_str());
     script->ParseBuffer(text.data(), text.size());
     for (CBlock* b = script->firstBlock; b; b = b->next) {
-      ASSERT_TRUE(b->closed);
-      ASSERT_EQ(b->lastLine->next, nullptr);
-      ASSERT_STREQ(b->lastLine->text, "\n");
+      const CScriptLine* last = b->FirstLine();
+      for (uint32_t i = 0; i < b->lineCount + 2; ++i) last = last->Next();
+      ASSERT_EQ(last->Next(), nullptr);
+      ASSERT_STREQ(last->text, "\n");
     }
     if (!registry.AddScript(script)) {
       delete script;

@@ -35,7 +35,8 @@ const CBlock* Find(const CScript& script, const std::string& name) {
 
 Names LinesOf(const CBlock* block) {
   Names lines;
-  for (CScriptLine* l = block ? block->firstLine : nullptr; l; l = l->next) lines.push_back(l->text);
+  for (const CScriptLine* l = block ? const_cast<CBlock*>(block)->FirstLine() : nullptr; l; l = l->Next())
+    lines.push_back(l->text);
   return lines;
 }
 
@@ -79,8 +80,8 @@ TEST(ScriptReader, CompiledBlocksAndLines) {
     const CBlock* block = Find(*script, c.block);
     ASSERT_NE(block, nullptr) << c.why;
     EXPECT_EQ(LinesOf(block), c.lines) << c.why;
-    EXPECT_EQ(size_t(block->lineCount), c.lines.size() - 1) << c.why;
-    LineHandle handle = block->firstLine->handle;
+    EXPECT_EQ(size_t(block->lineCount), c.lines.size() - 3) << c.why;  // without tw__sb and the end lines
+    LineHandle handle = const_cast<CBlock*>(block)->FirstLine()->handle;
     script.reset();
     EXPECT_EQ(g_lineHandles.Get(handle), nullptr) << c.why;  // released lines give their handles up
   }
@@ -108,6 +109,46 @@ TEST(ScriptReader, LimitsOfTheText) {
   auto longName = Compile("block " + std::string(150, 'n') + "\n{\n}\n");
   EXPECT_NE(Find(*longName, "s/" + std::string(MAX_SECTION_NAME - 1, 'n')), nullptr);
   EXPECT_TRUE(capture.Contains("Section name too long"));
+}
+
+// The place of each line of a block, as DescribeLine writes it: editor line numbers over blank lines,
+// comments and every kind of line end, and the section a nested body is written in.
+TEST(ScriptReader, LinesKnowTheirPlace) {
+  const struct {
+    const char* why;
+    std::string text;
+    const char* block;
+    Names places;  // of the block's lines, tw__sb first
+  } cases[] = {
+      {"blank and comment lines count", "// note\n\nblock a\n{\n\n  // inside\n  echo 1\n\n  echo 2\n}\n", "s/a",
+       {"path:3 (block s/a)", "path:7 (block s/a)", "path:9 (block s/a)"}},
+      {"CR LF and lone CR end one line each", "block a\r\n{\r\necho 1\r\recho 2\r\n}\r\n", "s/a",
+       {"path:1 (block s/a)", "path:3 (block s/a)", "path:5 (block s/a)"}},
+      {"a nested body names its section; tw__db stands at the closing brace",
+       "block a\n{\n  if (1 = 1) do\n  {\n    echo in\n  }\n  echo after\n}\n", "s/a",
+       {"path:1 (block s/a)", "path:3 (block s/a)", "path:6 (block s/a)", "path:7 (block s/a)"}},
+      {"the body itself", "block a\n{\n  if (1 = 1) do\n  {\n\n    echo in\n  }\n}\nblock b\n{\n}\n", "s.b2",
+       {"path:4 (block s/a)", "path:6 (block s/a)"}},
+      {"the section's header line even with blank lines before its brace", "\n\nevent x\n\n{\necho 1\n}\n", "s/x",
+       {"path:3 (block s/x)", "path:6 (block s/x)"}},
+  };
+  for (const auto& c : cases) {
+    auto script = std::make_unique<CScript>("s", "path");
+    script->ParseBuffer(c.text.data(), c.text.size() + 1);
+    CBlock* block = const_cast<CBlock*>(Find(*script, c.block));
+    ASSERT_NE(block, nullptr) << c.why;
+    Names places;
+    char where[256];
+    for (const CScriptLine* l = block->FirstLine(); l && DescribeLine(l, where, sizeof where); l = l->Next())
+      places.push_back(where);
+    EXPECT_EQ(places, c.places) << c.why;
+  }
+  EXPECT_FALSE(DescribeLine(nullptr, nullptr, 0));
+}
+
+TEST(ScriptReader, PathOfAScriptByName) {
+  EXPECT_STREQ(CScript("pack/sub").path, "addons/tidewright/pack/sub/tw_sub.txt");
+  EXPECT_STREQ(CScript("foo").path, "addons/tidewright/foo/tw_foo.txt");
 }
 
 }  // namespace

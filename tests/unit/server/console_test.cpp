@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "console.h"
 #include "output_capture.h"
@@ -88,3 +89,40 @@ TEST(ConsoleOwned, TableObjectsAreRegisteredHereOnlyAndOwnTheirTexts) {
 }
 
 }  // namespace
+
+TEST(ConsoleNearestName, OffersTheClosestRegisteredNameOrNone) {
+  CCvar console;
+  std::vector<std::unique_ptr<ConCommand>> commands;
+  for (const char* name : {"echo", "exec", "quit", "map", "kill", "kick", "tw_load", "tw_keygroupsave", "tw_keygroupcopy",
+                           "tw_keygroupload", "tw__db", "sim_connect", "sim_disconnect"}) {
+    commands.push_back(MakeCommand(name));
+    console.RegisterConCommandBase(commands.back().get());
+  }
+  auto var = std::make_unique<ConVar>("Hostname", "x", FCVAR_UNREGISTERED, "help");
+  console.RegisterConCommandBase(var.get());
+  struct Row {
+    const char* typed;
+    const char* offered;
+  };
+  const Row rows[] = {
+      {"ecoh", "echo"},                  // two letters swapped count as one edit
+      {"QUTI", "quit"},                  // case is ignored
+      {"mp", "map"},                     // one edit for a short name
+      {"kicl", "kick"},                  // a tie goes to the first alphabetically
+      {"ab", ""},                        // short names get no more than one edit
+      {"tw_loda", "tw_load"},            // two edits for a longer name
+      {"tw_kygrupsave", "tw_keygroupsave"},
+      {"tw_keygroupsaveall", ""},        // three edits are too many
+      {"hostnme", "Hostname"},           // variables too, spelt as registered
+      {"sim_con", "sim_connect"},        // a beginning of a name
+      {"tw_keygroup", "tw_keygroupcopy"},  // the shortest of several, then the first alphabetically
+      {"si", ""},                        // too short a beginning
+      {"tw__dbx", ""},                   // internal names are never offered
+      {"nosuchcommand", ""},
+  };
+  for (const Row& row : rows) EXPECT_EQ(console.NearestName(row.typed), row.offered) << row.typed;
+  OutputCapture out;
+  console.PrintUnknown("ecoh");
+  console.PrintUnknown("nosuchcommand");
+  EXPECT_EQ(out.Text(), "Unknown command \"ecoh\"\n  Did you mean \"echo\"?\nUnknown command \"nosuchcommand\"\n");
+}
