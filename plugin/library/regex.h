@@ -18,7 +18,7 @@ constexpr reg_syntax_t kRegexSyntax = RE_BACKSLASH_ESCAPE_IN_LISTS | RE_CHAR_CLA
 // grows the time to compile exponentially ("x" with 25 "+" takes minutes, "w+*" with 13 "+" behind it more
 // than a minute). A pattern whose repetitions nest deeper than this, or whose compiled pieces would pass its
 // own length by more than REGEX_MAX_REPEAT_COPIES, is refused before it is compiled.
-enum { REGEX_MAX_REPEAT_DEPTH = 10, REGEX_MAX_REPEAT_COPIES = 1 << 16 };
+enum { REGEX_MAX_REPEAT_DEPTH = 8, REGEX_MAX_REPEAT_COPIES = 1 << 16 };
 
 struct RegexShape {
   size_t pieces;  // one for each character, bracket expression and group, "+" doubling what it repeats

@@ -57,10 +57,10 @@ TEST(RegexRepetitions, AnExplodingPatternIsRefusedAtOnceAndOrdinaryOnesStillMatc
                                    "tw echo server_var(rx_out)");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   const std::string message =
-      "Regular expression too complex: its repetitions nest deeper than 10 or would compile to more than 65536 "
+      "Regular expression too complex: its repetitions nest deeper than 8 or would compile to more than 65536 "
       "copies.\n";
   EXPECT_EQ(refused, message + message + message + message + "none\n");
-  EXPECT_EQ(server.Run("tw_regex match rx_out x++++++++++ xxx\ntw echo server_var(rx_out)\n"
+  EXPECT_EQ(server.Run("tw_regex match rx_out x*+++++++ xxx\ntw echo server_var(rx_out)\n"
                        "tw_regex match rx_out " + std::string(1000, 'y') + "+ " + std::string(1000, 'y') +
                        "\ntw echo server_var(rx_out)"),
             "3\n1000\n");
