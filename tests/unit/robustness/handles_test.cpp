@@ -49,14 +49,14 @@ protected:
     CScript* gone = g_scriptMachine.registry.FindScript("hzgone");
     for (CBlock* b = gone->firstBlock; b; b = b->next) {
       h.stale.push_back({"block of an unloaded script", b->handle});
-      for (CScriptLine* l = b->firstLine; l; l = l->next) h.stale.push_back({"line of an unloaded script", l->handle});
+      for (CScriptLine* l = b->FirstLine(); l; l = l->Next()) h.stale.push_back({"line of an unloaded script", l->handle});
     }
     server.Run("tw_unload hzgone");
     LoadScript("hzvictim");
     CScript* victim = g_scriptMachine.registry.FindScript("hzvictim");
     for (CBlock* b = victim->firstBlock; b; b = b->next) {
       h.live.push_back({b->isEvent ? "event block" : "block", b->handle});
-      for (CScriptLine* l = b->firstLine; l; l = l->next) h.live.push_back({"line", l->handle});
+      for (CScriptLine* l = b->FirstLine(); l; l = l->Next()) h.live.push_back({"line", l->handle});
     }
     KeyValues* group = FindGroup("hzgroup", false);
     KeyValues* k2 = group->FindKey("k2");
@@ -171,8 +171,11 @@ TEST_F(ForgedHandles, TwCKeyPointersThatNameNoLiveKeyActAsZero) {
       EXPECT_EQ(call(method, format, handle), call(method, format, 0)) << method << " " << handle << " (" << kind << ")";
   }
   // A live key's pointer does answer otherwise: the comparison above can see a pointer that works.
-  for (const auto& [kind, handle] : h.live)
-    if (kind == "key node") EXPECT_EQ(call("keypgetname", "K", handle), "'k1'");
+  for (const auto& [kind, handle] : h.live) {
+    if (kind == "key node") {
+      EXPECT_EQ(call("keypgetname", "K", handle), "'k1'");
+    }
+  }
   EXPECT_FALSE(std::filesystem::exists(server.GameDir() + "/cfg/hz_forged.txt"));
   EXPECT_EQ(Ran(server), "ran nothing\n");
 }
