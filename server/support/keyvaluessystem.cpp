@@ -50,14 +50,9 @@ uint32_t HashName(const char* name, size_t length) {
 class SymbolTable {
 public:
   HKeySymbol Find(const char* name) {
-    const size_t length = strlen(name);
-    uint32_t hash = HashName(name, length);
-    if (hash == kEmpty) hash = 1;
-    for (size_t i = hash & m_mask;; i = (i + 1) & m_mask) {
-      Slot& slot = m_slots[i];
-      if (slot.hash == kEmpty) return Insert(slot, hash, name, length);
-      if (slot.hash == hash && SameName(slot.text, name, length)) return slot.symbol;
-    }
+    const size_t next = size_t(m_lastFound + 1);
+    if (next < m_texts.size() && SameText(m_texts[next], name)) return m_lastFound = HKeySymbol(next);
+    return m_lastFound = Lookup(name);
   }
 
   const char* Text(HKeySymbol symbol) const {
@@ -74,6 +69,24 @@ private:
     HKeySymbol symbol = INVALID_KEY_SYMBOL;
     const char* text = nullptr;
   };
+
+  HKeySymbol Lookup(const char* name) {
+    const size_t length = strlen(name);
+    uint32_t hash = HashName(name, length);
+    if (hash == kEmpty) hash = 1;
+    for (size_t i = hash & m_mask;; i = (i + 1) & m_mask) {
+      Slot& slot = m_slots[i];
+      if (slot.hash == kEmpty) return Insert(slot, hash, name, length);
+      if (slot.hash == hash && SameName(slot.text, name, length)) return slot.symbol;
+    }
+  }
+
+  static bool SameText(const char* known, const char* name) {
+    for (;; ++known, ++name) {
+      if (Fold(static_cast<unsigned char>(*known)) != Fold(static_cast<unsigned char>(*name))) return false;
+      if (!*known) return true;
+    }
+  }
 
   static bool SameName(const char* known, const char* name, size_t length) {
     for (size_t i = 0; i < length; ++i)
@@ -119,6 +132,10 @@ private:
   std::vector<Slot> m_slots = std::vector<Slot>(1024);
   size_t m_mask = 1023;
   std::vector<const char*> m_texts;
+  // The symbol found last: a file read again names its new keys in the order of its first reading, each the
+  // symbol made right after the one before, so the next symbol is tried before the table. Its text is
+  // near the last one's in the arena, where the table's slot would be anywhere.
+  HKeySymbol m_lastFound = INVALID_KEY_SYMBOL;
   std::vector<std::unique_ptr<char[]>> m_arena;
   char* m_arenaNext = nullptr;
   size_t m_arenaFree = 0;

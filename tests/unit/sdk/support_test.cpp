@@ -129,6 +129,26 @@ TEST(SupportRandom, SeededStreamsRepeatAndStayInRange) {
   }
 }
 
+// Names made in a row and met again in that order are tried against the name made after the last one found
+// before the hash: a longer or shorter name with the same start, or another case, must not be taken for it.
+TEST(SupportKeyNames, TheNameMadeNextIsTriedFirstButOnlyAnEqualNameMatches) {
+  IKeyValuesSystem* kvs = KeyValuesSystem();
+  const char* made[] = {"SeqA", "SeqAB", "SeqABC", "Seq", "SeqB", "seqx"};
+  HKeySymbol s[6];
+  for (int i = 0; i < 6; ++i) s[i] = kvs->GetSymbolForString(made[i]);
+  EXPECT_EQ(kvs->GetSymbolForString("SEQA"), s[0]);
+  EXPECT_EQ(kvs->GetSymbolForString("seqab"), s[1]);    // next after SEQA is SeqAB: another case
+  EXPECT_EQ(kvs->GetSymbolForString("SeqAB"), s[1]);    // next is SeqABC, longer
+  EXPECT_EQ(kvs->GetSymbolForString("SeqABC"), s[2]);
+  EXPECT_EQ(kvs->GetSymbolForString("SeqX"), s[5]);     // next is Seq, a prefix of it
+  HKeySymbol se = kvs->GetSymbolForString("Se");         // after seqx nothing was made: a new name
+  for (HKeySymbol other : s) EXPECT_NE(se, other);
+  EXPECT_EQ(kvs->GetSymbolForString("SeqB"), s[4]);
+  HKeySymbol seqbb = kvs->GetSymbolForString("SeqBB");  // next is seqx: same length, other text
+  for (HKeySymbol other : s) EXPECT_NE(seqbb, other);
+  EXPECT_STREQ(kvs->GetStringForSymbol(seqbb), "SeqBB");
+}
+
 TEST(SupportKeyNames, ManyNamesLongNamesAndBytesAboveAscii) {
   IKeyValuesSystem* kvs = KeyValuesSystem();
   std::vector<HKeySymbol> symbols;
