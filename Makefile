@@ -2,6 +2,8 @@
 # `make run` builds only the server, the plugin and the demo tree; `make test` builds everything.
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?=
 # The stand-in, the plugin and the demo tree they run on: all that `make run` needs; and the test runner
@@ -10,7 +12,7 @@ RUN_TARGETS = tidewright-server tidewright demo_tree tidewright_test_tool
 
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all setup build run test asan-test bench docs clean
+.PHONY: all setup build run test asan-test fuzz bench docs clean
 
 all: build
 
@@ -32,6 +34,13 @@ asan-test: setup
 	@tools/build.sh $(ASAN_BUILD) $(JOBS) all -- -DCMAKE_BUILD_TYPE=Debug -DTW_SANITIZE=ON $(CMAKE_ARGS)
 	@ctest --test-dir $(ASAN_BUILD) --output-on-failure -j $(JOBS)
 
+# Each fuzz target for FUZZ_SECONDS seconds, in a build of its own made with clang: libFuzzer with
+# AddressSanitizer and UndefinedBehaviorSanitizer. Fails on a crash, a leak or a hang.
+fuzz:
+	@tools/setup.sh fuzz
+	@CC=clang CXX=clang++ tools/build.sh $(FUZZ_BUILD) $(JOBS) tw_fuzz demo_tree -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTW_SANITIZE=ON -DTW_FUZZ=ON $(CMAKE_ARGS)
+	@fuzz/run_fuzz.sh $(FUZZ_BUILD) $(FUZZ_SECONDS)
+
 bench: build
 	@for b in $(BUILD)/bench/tw_bench_*; do echo "== $$b"; $$b; done
 
@@ -42,4 +51,4 @@ docs: setup
 	@$(BUILD)/tidewright-check --game $(BUILD)/demo/game --reference docs
 
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

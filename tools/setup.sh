@@ -1,9 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing Tidewright need, and only those that are missing.
 # Runs as root, or through sudo when it is available; does nothing when everything is there.
+# `setup.sh fuzz` adds what the fuzz build needs: clang and its runtime libraries, libFuzzer among them.
 set -euo pipefail
 
 packages=(cmake g++ make libsqlite3-dev libmuparser-dev libpython3-dev python3 libgtest-dev libgmock-dev libbenchmark-dev libreadline-dev)
+if [ "${1:-}" = fuzz ]; then
+  packages+=(clang libclang-rt-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

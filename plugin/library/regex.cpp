@@ -3,9 +3,13 @@
 // Every call compiles its pattern afresh and frees it, with any registers, before it returns.
 #include "library/regex.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <strings.h>
+
+#include <vector>
 
 #include "host/diagnostics.h"
 #include "language/doors.h"
@@ -21,8 +25,15 @@ public:
   explicit CompiledPattern(const char* pattern) {
     memset(&m_buffer, 0, sizeof m_buffer);
     m_buffer.regs_allocated = REGS_UNALLOCATED;
+    const size_t length = strlen(pattern);
+    const RegexShape shape = Regex_Shape(pattern);
+    if (shape.depth > REGEX_MAX_REPEAT_DEPTH || shape.pieces > length + REGEX_MAX_REPEAT_COPIES) {
+      DbgMsg(0, "Regular expression too complex: its repetitions nest deeper than %d or would compile to more "
+             "than %d copies.\n", int(REGEX_MAX_REPEAT_DEPTH), int(REGEX_MAX_REPEAT_COPIES));
+      return;
+    }
     re_syntax_options = kRegexSyntax;
-    m_compiled = re_compile_pattern(pattern, strlen(pattern), &m_buffer) == nullptr;
+    m_compiled = re_compile_pattern(pattern, length, &m_buffer) == nullptr;
     if (!m_compiled) DbgMsg(0, "Could not compile regular expression.\n");
   }
   ~CompiledPattern() {
@@ -122,6 +133,83 @@ const CommandRow kRegexCommands[] = {
 const CommandTable s_regexCommands(kRegexCommands);
 
 }  // namespace
+
+namespace {
+
+constexpr size_t kPiecesCap = SIZE_MAX / 4;
+
+// Past a bracket expression that starts at `p` ("["): a "]" first (behind an optional "^") is a member,
+// "[:", "[." and "[=" open classes that end at their own ":]", ".]" and "=]", a backslash escapes the
+// next character. An unclosed expression runs to the end.
+const char* SkipBracket(const char* p) {
+  ++p;
+  if (*p == '^') ++p;
+  if (*p == ']') ++p;
+  while (*p && *p != ']') {
+    if (*p == '\\' && p[1]) {
+      p += 2;
+    } else if (*p == '[' && (p[1] == ':' || p[1] == '.' || p[1] == '=')) {
+      const char close[] = {p[1], ']', '\0'};
+      const char* end = strstr(p + 2, close);
+      p = end ? end + 2 : p + strlen(p);
+    } else {
+      ++p;
+    }
+  }
+  return *p ? p + 1 : p;
+}
+
+}  // namespace
+
+RegexShape Regex_Shape(const char* pattern) {
+  struct Frame {
+    size_t total = 0;  // pieces of the group so far
+    size_t last = 0;   // pieces of the item a repetition would repeat; 0 when there is none
+    int depth = 0;     // the deepest repetition in the group so far
+    int lastDepth = 0; // of the item a repetition would repeat
+  };
+  std::vector<Frame> frames(1);
+  auto add = [&](size_t pieces, int depth) {
+    Frame& f = frames.back();
+    f.total = std::min(kPiecesCap, f.total + pieces);
+    f.last = pieces;
+    f.lastDepth = depth;
+    f.depth = std::max(f.depth, depth);
+  };
+  auto close = [&] {
+    Frame group = frames.back();
+    frames.pop_back();
+    add(std::max<size_t>(1, group.total), group.depth);
+  };
+  for (const char* p = pattern; *p;) {
+    Frame& f = frames.back();
+    if (*p == '(') {
+      frames.emplace_back();
+      ++p;
+    } else if (*p == ')' && frames.size() > 1) {
+      close();
+      ++p;
+    } else if (*p == '|') {
+      f.last = 0;
+      ++p;
+    } else if ((*p == '+' || *p == '*' || *p == '?') && f.last) {  // with nothing to repeat, it is a character
+      if (*p == '+') {
+        f.total = std::min(kPiecesCap, f.total + f.last);
+        f.last = std::min(kPiecesCap, f.last * 2);
+      }
+      f.depth = std::max(f.depth, ++f.lastDepth);
+      ++p;
+    } else if (*p == '[') {
+      p = SkipBracket(p);
+      add(1, 0);
+    } else {
+      p += (*p == '\\' && p[1]) ? 2 : 1;
+      add(1, 0);
+    }
+  }
+  while (frames.size() > 1) close();
+  return RegexShape{frames.back().total, frames.back().depth};
+}
 
 void Regex_FillGroups(RegexGroupTable& table, const re_registers& registers, const char* subject) {
   for (int i = 0; i < REGEX_GROUP_ENTRIES; ++i) {

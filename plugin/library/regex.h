@@ -13,6 +13,20 @@ constexpr reg_syntax_t kRegexSyntax = RE_BACKSLASH_ESCAPE_IN_LISTS | RE_CHAR_CLA
                                       RE_DOT_NEWLINE | RE_NO_BK_BRACES | RE_NO_BK_PARENS | RE_NO_BK_VBAR |
                                       RE_NO_EMPTY_RANGES | RE_UNMATCHED_RIGHT_PAREN_ORD | RE_DEBUG;
 
+// The engine compiles "x+" as "xx*", so each nested or stacked "+" doubles what it repeats, and repetitions
+// nested in repetitions ("x+*+*", "((x+)*)+") multiply the empty paths it works out when compiling: either
+// grows the time to compile exponentially ("x" with 25 "+" takes minutes, "w+*" with 13 "+" behind it more
+// than a minute). A pattern whose repetitions nest deeper than this, or whose compiled pieces would pass its
+// own length by more than REGEX_MAX_REPEAT_COPIES, is refused before it is compiled.
+enum { REGEX_MAX_REPEAT_DEPTH = 8, REGEX_MAX_REPEAT_COPIES = 1 << 16 };
+
+struct RegexShape {
+  size_t pieces;  // one for each character, bracket expression and group, "+" doubling what it repeats
+  int depth;      // the deepest nesting of repetitions: "x*" 1, "x+*" and "(x+)*" 2
+};
+// The shape of `pattern` in kRegexSyntax. Pieces saturate at SIZE_MAX / 4.
+RegexShape Regex_Shape(const char* pattern);
+
 // Entries of the group table: the whole match, then groups 1 to 9 (the ones a format can name).
 enum { REGEX_GROUP_ENTRIES = 10 };
 // Bytes of a "matchformat" result, terminator included: longer results are cut.

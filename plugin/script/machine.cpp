@@ -269,7 +269,8 @@ void InstructionPointer_f() {
 
 void DoBlockInternal_f() { DoBlock(engine->Cmd_Args(), nullptr); }
 
-// tw__de <block handle in hex>: runs a block named by handle; a handle of a block that is gone runs nothing.
+// tw__de <block handle in hex>: runs an event block named by handle; a handle of a block that is gone, or of
+// a block that is no event section, runs nothing.
 void DoEvent_f() {
   BlockHandle handle = strtoull(engine->Cmd_Args(), nullptr, 16);
   DbgMsg(4, "tw__de %llx;\n", static_cast<unsigned long long>(handle));

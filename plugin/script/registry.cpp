@@ -151,7 +151,7 @@ BlockHandle CScriptRegistry::GetEventHash(const char* fullName) {
 
 CBlock* CScriptRegistry::GetEvent(BlockHandle handle) {
   CBlock* block = g_blockHandles.Get(handle);
-  if (!block) {
+  if (!block || !block->isEvent) {  // a plain block's handle names no event section
     DbgMsg(1, "GetEvent. Not found: %llu\n", static_cast<unsigned long long>(handle));
     return nullptr;
   }
