@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstddef>
-#include <source_location>
 #include <vector>
 
 #include "basetypes.h"
@@ -68,20 +67,19 @@ struct CommandTableInfo {
 class CommandTable {
 public:
   template <size_t N>
-  explicit CommandTable(const CommandRow (&rows)[N], std::source_location at = std::source_location::current()) {
+  explicit CommandTable(const CommandRow (&rows)[N], const char* file = __builtin_FILE()) {
     for (const CommandRow& row : rows) AddDoors(row);
-    Remember({at.file_name(), rows, nullptr, nullptr, N});
+    Remember({file, rows, nullptr, nullptr, N});
   }
   template <size_t N>
-  explicit CommandTable(const PlainCommandRow (&rows)[N],
-                        std::source_location at = std::source_location::current()) {
+  explicit CommandTable(const PlainCommandRow (&rows)[N], const char* file = __builtin_FILE()) {
     for (const PlainCommandRow& row : rows) AddPlain(row);
-    Remember({at.file_name(), nullptr, rows, nullptr, N});
+    Remember({file, nullptr, rows, nullptr, N});
   }
   template <size_t N>
-  explicit CommandTable(const PrefixTwinRow (&rows)[N], std::source_location at = std::source_location::current()) {
+  explicit CommandTable(const PrefixTwinRow (&rows)[N], const char* file = __builtin_FILE()) {
     for (const PrefixTwinRow& row : rows) AddPrefixTwin(row);
-    Remember({at.file_name(), nullptr, nullptr, rows, N});
+    Remember({file, nullptr, nullptr, rows, N});
   }
 
 private:
