@@ -231,16 +231,16 @@ class Addons:
 
     def _import(self, addon: Addon, path: str) -> bool:
         """Runs the addon's file as its package; on an exception nothing of it stays."""
-        spec = importlib.util.spec_from_file_location(
+        found = importlib.util.spec_from_file_location(
             addon.module_name, path, submodule_search_locations=[os.path.dirname(path)])
-        if spec is None or spec.loader is None:
+        if found is None or found.loader is None:
             return False
-        module = importlib.util.module_from_spec(spec)
+        module = importlib.util.module_from_spec(found)
         _addons_package()
         sys.modules[addon.module_name] = module
         self._loading = addon
         try:
-            spec.loader.exec_module(module)
+            found.loader.exec_module(module)
             return True
         except BaseException:
             print_addon_error()
