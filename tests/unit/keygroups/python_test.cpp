@@ -17,8 +17,8 @@ protected:
 
 TEST_F(PythonKeysTest, GetValueFindsAKeyByItsPosition) {
   Run("tw_xkeygroupcreate players;tw_xkeycreate players 42;tw_xkeycreate players 7");
-  Run("tw_xkeysetvalue players 7 kills 0");
-  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "2", "kills"}), "'0'");  // three with the name: the group form
+  Run("tw_xkeysetvalue players 7 kills 5");
+  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "2", "kills"}), "'5'");  // three with the name: the group form
 }
 
 TEST_F(PythonKeysTest, TextsPastTheLimitAreRefused) {
