@@ -1,6 +1,6 @@
-// The store of groups: finding them, the tree or its groups node missing, the path forms of keygroup files
-// with their limit, and a file of several sections with an #include. The plain path forms, two sections and a
-// missing file run in the keygroups/files scenario.
+// The store of groups: the tree or its groups node missing, the path forms of keygroup files with their
+// limit, and a file of several sections with an #include. The plain path forms, two sections and a missing
+// file run in the keygroups/files scenario; groups made, found and read as paths in keygroups/forms.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -10,18 +10,6 @@
 namespace {
 
 class StoreTest : public KeyGroupTest {};
-
-TEST_F(StoreTest, FindGroupMakesOnlyWhenAskedAndReadsSlashesAsAPath) {
-  EXPECT_EQ(FindGroup("fg", false), nullptr);
-  KeyValues* made = FindGroup("fg", true);
-  ASSERT_NE(made, nullptr);
-  EXPECT_EQ(FindGroup("fg", false), made);
-  EXPECT_EQ(FindGroup("fg", true), made);
-  KeyValues* inner = FindGroup("outer/inner", true);
-  EXPECT_EQ(Names(Groups()), "fg outer");
-  EXPECT_EQ(Groups()->FindKey("outer")->FindKey("inner"), inner);
-  EXPECT_EQ(FindGroup("", true), nullptr);
-}
 
 // ---- the tree or its groups node missing ----
 
