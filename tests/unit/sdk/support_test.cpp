@@ -27,39 +27,25 @@ TEST(SupportText, AtoiReadsSignsHexAndGivesZeroForText) {
   EXPECT_EQ(Q_atoi(nullptr), 0);
 }
 
-TEST(SupportText, SubstituteReportsWhenTheResultDoesNotFit) {
-  char out[16];
-  EXPECT_TRUE(Q_StrSubst("#GREEN hi #green", "#green", "G", out, sizeof out));
-  EXPECT_STREQ(out, "G hi G");
-  EXPECT_TRUE(Q_StrSubst("aAa", "a", "b", out, sizeof out, true));
-  EXPECT_STREQ(out, "bAb");
-  EXPECT_FALSE(Q_StrSubst("xxxxxxxx", "x", "yy", out, sizeof out));
-  EXPECT_EQ(strlen(out), 15u);
-}
-
-TEST(SupportText, Slice) {
-  char out[32];
-  Q_StrSlice("abcdef", 1, 3, out, sizeof out);
-  EXPECT_STREQ(out, "bc");
-  Q_StrSlice("abcdef", -2, 6, out, sizeof out);
-  EXPECT_STREQ(out, "ef");
+// Slices from the end and replacements, with their cut, are in the scenario library/strings; a range that
+// ends before it starts is only reached here.
+TEST(SupportText, ReversedSliceIsEmpty) {
+  char out[32] = "left over";
   Q_StrSlice("abc", 2, 1, out, sizeof out);
   EXPECT_STREQ(out, "");
 }
 
-TEST(SupportText, SplitCutsAtTheWholeSeparatorIgnoringCaseAndDropsEmptyPieces) {
+// Cutting at the whole separator, ignoring case, and dropping empty pieces are shown by the scenario
+// library/strings; here the empty texts and separators.
+TEST(SupportText, SplitOfEmptyTextsAndSeparators) {
   struct Case {
     const char* text;
     const char* separator;
     std::vector<std::string> pieces;
   };
   const Case cases[] = {
-      {"a,,b,", ",", {"a", "b"}},
-      {"a  b", " ", {"a", "b"}},
       {",,,", ",", {}},
       {"", ",", {}},
-      {"aXbxc", "x", {"a", "b", "c"}},
-      {"a-b ab-cAB-d", "ab", {"a-b ", "-c", "-d"}},  // the two letters in a row, not either one
       {"one", "", {"one"}},
       {"", "", {}},
       {"abc", "abcd", {"abc"}},
