@@ -1,5 +1,5 @@
 // The physics handler's life: "start" makes every waking object get a push upward, a second start replaces
-// the handler, Unload takes it out of the environment; commands on an object at rest do nothing.
+// the handler, Unload takes it out of the environment.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -45,21 +45,6 @@ TEST_F(PhysicsTest, AStartedHandlerPushesWakingObjectsUpUntilUnload) {
   EXPECT_EQ(SleepAndWake(), Vector(0, 0, 2));
   Physics_OnUnload();
   EXPECT_EQ(SleepAndWake(), Vector());
-}
-
-TEST_F(PhysicsTest, OnlyActiveObjectsAreTouched) {
-  const std::string id = std::to_string(m_index);
-  Run("tw_xphysics active setvelocity " + id + " 5,0,0\ntw_xphysics active setmass " + id + " 25");
-  Vector velocity;
-  m_body->GetVelocity(&velocity, nullptr);
-  EXPECT_EQ(velocity, Vector(5, 0, 0));
-  EXPECT_EQ(m_body->GetMass(), 25);
-  Run("ent_fire " + id + " Sleep\ntw_xphysics active setvelocity " + id + " 9,9,9\ntw_xphysics active setmass " + id +
-      " 1");
-  m_body->GetVelocity(&velocity, nullptr);
-  EXPECT_EQ(velocity, Vector());
-  EXPECT_EQ(m_body->GetMass(), 25);
-  EXPECT_TRUE(m_body->IsAsleep());
 }
 
 }  // namespace
