@@ -49,7 +49,8 @@ TEST_F(MessagingTest, AMenuGoesInPiecesOf250WhileAtLeast250Remain) {
     ShowMenu(alice, 0, std::string(c.length, 'm').c_str(), nullptr);
     std::vector<SentUserMessage> got = Take();
     EXPECT_EQ(Pieces(got), c.pieces) << c.length;
-    for (const SentUserMessage& m : got) EXPECT_EQ(std::to_string(m.id) + " to " + Userids(m), "10 to " + std::to_string(alice));
+    for (const SentUserMessage& m : got)
+      EXPECT_EQ(std::to_string(m.id) + " to " + Userids(m), "10 to " + std::to_string(alice));
   }
 }
 

@@ -1,13 +1,16 @@
-// The pieces every sender shares: the filter's two ways of filling, the id lookup bounded by
-// tidewright_maxmsg, the escapes, and tw_usermsg: the order of its tests and a create over a stored name.
-// The chat, menu_answer and usermsg scenarios show every layout and every writer's width as delivered.
+// The pieces every sender shares: the filter's two ways of filling, the escapes, and tw_usermsg: the order
+// of its tests and a create over a stored name; and tw_stringtable leaving the tables' lock as it found it.
+// The chat, menu_answer and usermsg scenarios show every layout and every writer's width as delivered, and
+// tidewright_maxmsg hiding the higher ids.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
+#include "eiface.h"
 #include "host/engine_surface.h"
 #include "host/server_state.h"
+#include "iservices.h"
 #include "language/textbuf.h"
 #include "messaging/usermessages.h"
 #include "messaging_fixture.h"
@@ -47,20 +50,6 @@ TEST_F(MessagingTest, UserMsgTestsItsWordsThenItsCount) {
   }
 }
 
-// The usermsg scenario shows a lower maxmsg hiding ShowMenu; here names in any case and the ends.
-TEST_F(MessagingTest, TheIdLookupIgnoresCaseAndStopsAtMaxmsg) {
-  const struct {
-    const char* maxmsg;
-    const char* name;
-    int id;
-  } cases[] = {{"28", "saytext", 3}, {"28", "AmmoDenied", 27}, {"28", "Nope", 0}, {"0", "SayText", 0}};
-  for (const auto& c : cases) {
-    Set("tidewright_maxmsg", c.maxmsg);
-    EXPECT_EQ(GetUserMessageID(c.name), c.id) << c.maxmsg << " " << c.name;
-  }
-  EXPECT_EQ(GetUserMessageID(nullptr), 0);
-}
-
 TEST(ExpandEscapes, ReplacesTheTableAndKeepsEverythingElse) {
   const struct {
     const char* in;
@@ -93,7 +82,8 @@ TEST(ExpandEscapes, TheResultHoldsAt2047Characters) {
 // The recipients of a filter as "1,3".
 std::string Indexes(const MRecipientFilter& filter) {
   std::string text;
-  for (int i = 0; i < filter.GetRecipientCount(); ++i) text += (i ? "," : "") + std::to_string(filter.GetRecipientIndex(i));
+  for (int i = 0; i < filter.GetRecipientCount(); ++i)
+    text += (i ? "," : "") + std::to_string(filter.GetRecipientIndex(i));
   return text;
 }
 
@@ -116,6 +106,20 @@ TEST_F(MessagingTest, FiltersEmptyThemselvesAndBroadcastsSkipBots) {
   EXPECT_EQ(Indexes(filter), "");
   filter.AddAllPlayers(MaxClients, nullptr);  // no player info manager: nobody
   EXPECT_EQ(Indexes(filter), "");
+}
+
+// The stringtables scenario shows adds as a user sees them; the lock is what only the engine can tell.
+TEST_F(MessagingTest, AddingAStringLeavesTheLockAsItWas) {
+  INetworkStringTable* downloads = networkstringtable->FindTable("downloadables");
+  ASSERT_NE(downloads, nullptr);
+  const bool levelLock = engine->LockNetworkStringTables(true);
+  EXPECT_TRUE(levelLock);  // a level has started
+  Run("tw_stringtable downloadables locked/one.txt");
+  EXPECT_NE(downloads->FindStringIndex("locked/one.txt"), INVALID_STRING_INDEX);
+  EXPECT_TRUE(engine->LockNetworkStringTables(false));  // still locked after the add
+  Run("tw_stringtable downloadables open/two.txt");
+  EXPECT_NE(downloads->FindStringIndex("open/two.txt"), INVALID_STRING_INDEX);
+  EXPECT_FALSE(engine->LockNetworkStringTables(levelLock));  // still open after the add
 }
 
 }  // namespace
