@@ -63,7 +63,8 @@ TEST_F(EntityTest, PropertiesFoundThroughTheServerClassesReachWhatPlayerInfoRead
 }
 
 TEST_F(EntityTest, CheatCommandsActForTheCommandClientAndARemovedEntitysEdictIsFree) {
-  server.Run("sim_connect Alice\nsim_connect Bob\nsim_set 3 origin 10,20,30\nsv_cheats 1\nsim_client 3 give weapon_awp");
+  server.Run("sim_connect Alice\nsim_connect Bob\nsim_set 3 origin 10,20,30\nsv_cheats 1\n"
+             "sim_client 3 give weapon_awp");
   EXPECT_EQ(Field<int>(5, "CWeaponCSBase.m_iClip1"), 10);
   EXPECT_EQ(Field<Vector>(5, "CBaseEntity.m_vecOrigin"), Vector(10, 20, 30));
   EXPECT_EQ(Edict(1)->m_fStateFlags & FL_EDICT_CHANGED, 0);

@@ -35,27 +35,17 @@ protected:
   IServerPluginHelpers* Helpers() { return Iface<IServerPluginHelpers>("ISERVERPLUGINHELPERS001"); }
 };
 
-// Bit order and the overflow flag belong to the bit buffer, and the scenarios show each layout as delivered;
-// here, a layout filled to its last byte, the escapes of its text, and one that can't be read.
-TEST_F(MessageTest, MessagesAreDecodedFieldByFieldAndWhatCantBeReadShowsItsBytes) {
-  const std::string text(250, 'm');
+// Bit order and the overflow flag belong to the bit buffer, and the scenarios show each layout as delivered
+// with the escapes of its text; here, a layout filled to its last byte and one that can't be read.
+TEST_F(MessageTest, AMessageFilledToItsLastByteIsDecodedAndOneThatCantBeReadShowsItsBytes) {
+  const std::string text(250, 'm');  // with four bytes of header and the zero byte, the buffer is full
   auto full = [&](bf_write& m) { m.WriteShort(1), m.WriteChar(-1), m.WriteByte(1), m.WriteString(text.c_str()); };
-  const struct {
-    int id;
-    std::function<void(bf_write&)> write;
-    std::string shown;
-  } cases[] = {
-      // Four bytes of header, 250 characters and the zero byte fill the buffer exactly.
-      {10, full, "> ShowMenu to 2: keys=0x001 time=-1 more=1 text=\"" + text + "\"\n"},
-      {5, [](bf_write& m) { m.WriteByte(3), m.WriteString("\x04\"hi\"\t\\"); },
-       "> TextMsg to 2: dest=3 text=\"\\x04\\\"hi\\\"\\x09\\\\\"\n"},
-      // A string without its zero byte can't be read as SayText.
-      {3, [](bf_write& m) { m.WriteByte(3), m.WriteByte('h'); }, "> SayText to 2: bytes=03 68\n"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(Send({1}, c.id, c.write), c.shown);
+  EXPECT_EQ(Send({1}, 10, full), "> ShowMenu to 2: keys=0x001 time=-1 more=1 text=\"" + text + "\"\n");
+  // A string without its zero byte can't be read as SayText.
+  EXPECT_EQ(Send({1}, 3, [](bf_write& m) { m.WriteByte(3), m.WriteByte('h'); }), "> SayText to 2: bytes=03 68\n");
 }
 
-TEST_F(MessageTest, MessagesAndDialogsReachClientsByUseridAndTheGameNamesItsMessages) {
+TEST_F(MessageTest, MessagesReachClientsByIndexAndTheGameNamesItsMessages) {
   auto say = [](bf_write& m) { m.WriteByte(3), m.WriteString("x"); };
   EXPECT_EQ(Send({3, 0, 99, -1, 1}, 3, say), "> SayText to 4,2: dest=3 text=\"x\"\n");
   EXPECT_EQ(Send({}, 3, say), "");
@@ -85,10 +75,9 @@ TEST_F(MessageTest, QueriesAreAnsweredTwoFramesLaterAndDroppedWhenTheClientLeft)
   Plugin().Take();
   server.Server().Frame();
   EXPECT_EQ(Plugin().Take(), "");
-  std::string shown = server.Run("sim_disconnect 3");  // its frame is the second
+  server.Run("sim_disconnect 3");  // its frame is the second
   EXPECT_EQ(Plugin().Take(), "ClientDisconnect @2\nQuery " + std::to_string(found) + " 0 cl_language=english @1\n" +
                                  "Query " + std::to_string(missing) + " 1 no_such= @1\n");
-  EXPECT_NE(shown.find("< query from 2: \"no_such\" = \"\" (not found)\n"), std::string::npos);
 }
 
 // The tables are locked to plugins once a level runs; a reconnected slot hears everybody again.
@@ -118,7 +107,6 @@ TEST_F(MessageTest, AMenuKeyIsPressedInThePlayersName) {
   Send({1}, 10, [](bf_write& m) { m.WriteShort(0x200), m.WriteChar(-1), m.WriteByte(0), m.WriteString("0. Exit"); });
   World().ShowDeliveries(false);
   EXPECT_EQ(server.Run("sim_menu 9 1"), "sim_menu: no client has userid \"9\"\n");
-  EXPECT_EQ(server.Run("sim_menu 2 1"), "sim_menu: the menu of userid 2 doesn't take key 1\n");
   Plugin().Take();
   EXPECT_EQ(server.Run("sim_menu 2 0"), "");
   World().ShowDeliveries(true);
