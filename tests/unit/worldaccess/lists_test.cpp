@@ -9,7 +9,7 @@ namespace {
 
 constexpr float kTick = 1.0f / 66.0f;
 
-TEST(ConnectionFigures, PingIsLatencyLessHalfACommandAndATickAndAHalf) {
+TEST(ConnectionFigures, PingIsLatencyLessHalfACommandAndATickAndAHalfAndLossIsInPercent) {
   struct Case {
     float latency;
     const char* cmdRate;
@@ -28,9 +28,7 @@ TEST(ConnectionFigures, PingIsLatencyLessHalfACommandAndATickAndAHalf) {
   };
   for (const Case& c : cases)
     EXPECT_EQ(PingOf(c.latency, c.cmdRate, c.tick), c.ping) << c.latency << " " << (c.cmdRate ? c.cmdRate : "null");
-}
-
-TEST(ConnectionFigures, LossIsInPercentFromZeroToAHundred) {
+  // Loss is in percent, from 0 to 100.
   EXPECT_EQ(PacketLossOf(0.0f), 0);
   EXPECT_EQ(PacketLossOf(0.075f), 7);
   EXPECT_EQ(PacketLossOf(-0.5f), 0);

@@ -89,7 +89,6 @@ TEST_F(PropertiesTest, AnEntityReachesOnlyItsOwnClassAndItsBaseClasses) {
   edict_t* gun = weapon->GetEdict();
   int offset = 0, type = 0;
   EXPECT_TRUE(FindEntityProperty(player, "CCSPlayer.m_iAccount", offset, type));
-  EXPECT_TRUE(FindEntityProperty(player, "CBaseEntity.m_vecOrigin", offset, type));
   EXPECT_TRUE(FindEntityProperty(gun, "CWeaponCSBase.m_iClip1", offset, type));
   EXPECT_FALSE(FindEntityProperty(gun, "CCSPlayer.m_iAccount", offset, type));
   EXPECT_FALSE(FindEntityProperty(player, "CWeaponCSBase.m_iClip1", offset, type));
@@ -98,36 +97,23 @@ TEST_F(PropertiesTest, AnEntityReachesOnlyItsOwnClassAndItsBaseClasses) {
   EXPECT_FALSE(FindEntityProperty(gun, "CBaseEntity.m_iTeamNum", offset, type));  // a free edict
 }
 
-TEST_F(PropertiesTest, WritesMarkTheEdictChangedAndReadsDont) {
-  int userid = Connect("Rich");
-  edict_t* edict = EdictOf(userid);
-  int offset = 0, type = 0;
+// The player_properties scenario shows the world's offset 0 never read or written; here the changed bit
+// follows only a write that lands, and edicts without an entity are refused.
+TEST_F(PropertiesTest, OnlyAWriteThatLandsMarksTheEdictChanged) {
+  edict_t* edict = EdictOf(Connect("Rich"));
+  int offset = 0, type = 0, money = 0;
   ASSERT_TRUE(FindProperty("CCSPlayer.m_iAccount", offset, type));
   edict->m_fStateFlags &= ~FL_EDICT_CHANGED;
-  int money = 0;
   EXPECT_TRUE(ReadPropertyInt(offset, edict, money));
   EXPECT_EQ(money, 800);
+  EXPECT_FALSE(WritePropertyInt(0, edict, 1));
+  EXPECT_FALSE(WritePropertyInt(-4, edict, 1));
   EXPECT_EQ(edict->m_fStateFlags & FL_EDICT_CHANGED, 0);
   EXPECT_TRUE(WritePropertyInt(offset, edict, 16000));
   EXPECT_NE(edict->m_fStateFlags & FL_EDICT_CHANGED, 0);
-}
-
-TEST_F(PropertiesTest, TheGuardRefusesOffsetZeroAndEdictsWithoutAnEntity) {
-  edict_t* world = engine->PEntityOfEntIndex(0);
-  int offset = -1, type = -1;
-  ASSERT_TRUE(FindProperty("CWorld.m_flWorldVersion", offset, type));
-  EXPECT_EQ(offset, 0);
-  float version = 5;
-  world->m_fStateFlags &= ~FL_EDICT_CHANGED;
-  EXPECT_FALSE(ReadPropertyFloat(offset, world, version));
-  EXPECT_FALSE(WritePropertyFloat(offset, world, 1.0f));
-  EXPECT_EQ(version, 5);
-  EXPECT_EQ(world->m_fStateFlags & FL_EDICT_CHANGED, 0);
-  int value = 0;
-  EXPECT_FALSE(ReadPropertyInt(4, nullptr, value));
   edict_t unused;  // free by default
-  EXPECT_FALSE(ReadPropertyInt(4, &unused, value));
-  EXPECT_FALSE(WritePropertyInt(-4, world, 1));
+  EXPECT_FALSE(ReadPropertyInt(4, nullptr, money));
+  EXPECT_FALSE(ReadPropertyInt(4, &unused, money));
 }
 
 }  // namespace
