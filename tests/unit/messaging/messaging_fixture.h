@@ -22,13 +22,6 @@ protected:
     WorldAccessTest::TearDown();
   }
 
-  // Runs console lines with the delivery lines hidden: what the commands themselves print.
-  static std::string RunQuiet(const std::string& lines) {
-    SimWorld().ShowDeliveries(false);
-    std::string printed = Run(lines);
-    SimWorld().ShowDeliveries(true);
-    return printed;
-  }
   // Bytes as "03 68 69".
   static std::string Hex(const std::vector<unsigned char>& bytes) {
     std::string text;

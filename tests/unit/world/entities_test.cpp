@@ -1,5 +1,5 @@
 // Entities: property offsets reaching the storage player info reads, edicts freed and reused, the game's
-// cheat commands gated by sv_cheats and acting for the command client, physics objects.
+// cheat commands acting for the command client, physics objects and their entities.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -42,43 +42,29 @@ protected:
 };
 
 TEST_F(EntityTest, PropertiesFoundThroughTheServerClassesReachWhatPlayerInfoReadsAndTheDeadFlagFollowsDeath) {
-  EXPECT_EQ(Offset("CWorld.m_flWorldVersion"), 0);
-  EXPECT_EQ(Offset("CCSPlayer.baseclass.baseclass.m_iTeamNum"), Offset("CBaseEntity.m_iTeamNum"));
-  EXPECT_EQ(Offset("cbaseplayer.PL.DeadFlag"), Offset("CBasePlayer.pl.deadflag"));
-  EXPECT_EQ(Offset("CBasePlayer.pl"), -1);
-  EXPECT_EQ(Offset("CCSPlayer.m_iHealth"), -1);  // inherited properties are reached through "baseclass"
   server.Run("sim_connect Alice\nsim_connect Bob");
   Field<int>(1, "CBasePlayer.m_iHealth") = 42;
   Field<int>(1, "CCSPlayer.m_ArmorValue") = 77;
   Field<int>(1, "CBaseEntity.m_iTeamNum") = 3;
-  Field<Vector>(1, "CBaseEntity.m_vecOrigin") = Vector(5, 6, 7);
   IPlayerInfo* info = Info(1);
   EXPECT_EQ(info->GetHealth(), 42);
   EXPECT_EQ(info->GetArmorValue(), 77);
   EXPECT_EQ(info->GetTeamIndex(), 3);
-  EXPECT_EQ(info->GetAbsOrigin(), Vector(5, 6, 7));
   Field<int>(1, "CBasePlayer.pl.deadflag") = 1;
   EXPECT_TRUE(info->IsDead());
   info->ChangeTeam(2);
   EXPECT_EQ(Field<int>(1, "CBaseEntity.m_iTeamNum"), 2);
-  server.Run("sim_set 2 money 1234\nsim_kill 2 3");
-  EXPECT_EQ(Field<int>(1, "CCSPlayer.m_iAccount"), 1234);
-  EXPECT_EQ(Field<int>(2, "CBasePlayer.pl.deadflag"), 1);
+  server.Run("sim_kill 2 3");
   EXPECT_EQ(Field<int>(2, "CBasePlayer.m_lifeState"), int(LIFE_DEAD));
   server.Run("sim_spawn 3");
-  EXPECT_EQ(Field<int>(2, "CBasePlayer.pl.deadflag"), 0);
   EXPECT_EQ(Field<int>(2, "CBasePlayer.m_lifeState"), int(LIFE_ALIVE));
   EXPECT_EQ(Info(0), nullptr);
   EXPECT_EQ(Iface<IPlayerInfoManager>("PlayerInfoManager002")->GetPlayerInfo(nullptr), nullptr);
 }
 
 TEST_F(EntityTest, CheatCommandsActForTheCommandClientAndARemovedEntitysEdictIsFree) {
-  server.Run("sim_connect Alice\nsim_connect Bob\nsim_set 3 origin 10,20,30");
-  OutputCapture out;
-  static_cast<ConCommand*>(server.Server().Console().FindCommandBase("give"))->Dispatch();  // past the console
-  EXPECT_EQ(out.Take(), "Can't use cheat command give unless sv_cheats is 1\n");
-  server.Run("sv_cheats 1");
-  EXPECT_EQ(server.Run("sim_client 3 give weapon_awp"), "> precache model: \"models/weapons/w_snip_awp.mdl\" at 5\n");
+  server.Run("sim_connect Alice\nsim_connect Bob\nsim_set 3 origin 10,20,30\nsv_cheats 1\n"
+             "sim_client 3 give weapon_awp");
   EXPECT_EQ(Field<int>(5, "CWeaponCSBase.m_iClip1"), 10);
   EXPECT_EQ(Field<Vector>(5, "CBaseEntity.m_vecOrigin"), Vector(10, 20, 30));
   EXPECT_EQ(Edict(1)->m_fStateFlags & FL_EDICT_CHANGED, 0);
@@ -96,34 +82,22 @@ TEST_F(EntityTest, CheatCommandsActForTheCommandClientAndARemovedEntitysEdictIsF
   EXPECT_EQ(Engine().GetEntityCount(), 6);  // the high-water mark stays
   server.Run("sim_client 2 Test_CreateEntity info_target");
   EXPECT_EQ(awp->m_NetworkSerialNumber, serial + 1);
-  EXPECT_EQ(Edict(-1), nullptr);
   EXPECT_EQ(Edict(2048), nullptr);
   EXPECT_EQ(Engine().IndexOfEdict(nullptr), -1);
 }
 
-TEST_F(EntityTest, PhysicsPropsAreActiveObjectsThatSleepAndWake) {
+// The physics scenario shows objects sleeping and waking; here an object leads back to its edict, a forged
+// entity pointer to none.
+TEST_F(EntityTest, APhysicsObjectLeadsToItsEdictAndAForgedEntityToNone) {
   server.Run("sv_cheats 1\nsim_connect Alice\nsim_client 2 prop_physics_create props/barrel");
   auto* ents = Iface<IServerGameEnts>("ServerGameEnts001");
   IPhysicsEnvironment* env = Iface<IPhysics>("VPhysics030")->GetActiveEnvironmentByIndex(0);
-  ASSERT_NE(env, nullptr);
   ASSERT_EQ(env->GetActiveObjectCount(), 1);
   IPhysicsObject* object = nullptr;
   env->GetActiveObjects(&object);
   EXPECT_EQ(ents->BaseEntityToEdict(static_cast<CBaseEntity*>(object->GetGameData())), Edict(5));
   int forged = 0;
   EXPECT_EQ(ents->BaseEntityToEdict(reinterpret_cast<CBaseEntity*>(&forged)), nullptr);
-  struct Handler : IPhysicsObjectEvent {
-    std::string seen;
-    void ObjectWake(IPhysicsObject* o) override { seen += "wake " + std::to_string(o->GetGameIndex()) + ";"; }
-    void ObjectSleep(IPhysicsObject* o) override { seen += "sleep " + std::to_string(o->GetGameIndex()) + ";"; }
-  } handler;
-  env->SetObjectEventHandler(&handler);
-  server.Run("sim_frames " + std::to_string(PHYSICS_SLEEP_FRAMES + 1));
-  EXPECT_EQ(env->GetActiveObjectCount(), 0);
-  object->ApplyForceCenter(Vector(0, 0, 100));
-  EXPECT_EQ(handler.seen, "sleep 5;wake 5;");
-  EXPECT_EQ(env->GetActiveObjectCount(), 1);
-  env->SetObjectEventHandler(nullptr);
 }
 
 }  // namespace
