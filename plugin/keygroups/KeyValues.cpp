@@ -97,8 +97,10 @@ HandleTable<KeyValues>& Handles() {
 }
 
 // The nodes' value texts. Short texts take a block of a size class, reused through a free list and never
-// given back; longer ones come from the heap. The byte before a text names its class (0: the heap). The
-// sanitizer build takes every text from the heap, so that a text used after it is freed is still caught.
+// given back; blocks are cut in order from large pieces of the engine's node memory, so that a tree's texts
+// lie side by side with few pages to fault in. Longer texts come from the heap. The byte before a text names
+// its class (0: the heap). The sanitizer build takes every text from the heap, so that a text used after it
+// is freed is still caught.
 class TextPool {
 public:
   char* Copy(const char* text, size_t length) {
@@ -124,7 +126,8 @@ public:
 private:
   static constexpr size_t kClassBytes = 16;  // class c holds blocks of c * 16 bytes, header included
   static constexpr int kClasses = 4;
-  static constexpr size_t kPieceBytes = 64 * 1024;
+  // A piece and the engine's header fill a 2 MB huge page.
+  static constexpr size_t kPieceBytes = (size_t(2) << 20) - 8;
   struct FreeBlock {
     FreeBlock* next;
   };
@@ -133,11 +136,15 @@ private:
 #if !defined(TW_SANITIZE)
     const size_t sizeClass = (bytes + 1 + kClassBytes - 1) / kClassBytes;
     if (sizeClass <= size_t(kClasses)) {
-      if (!m_free[sizeClass]) AddPiece(sizeClass);
       char* block = reinterpret_cast<char*>(m_free[sizeClass]);
-      m_free[sizeClass] = m_free[sizeClass]->next;
-      block[0] = char(sizeClass);
-      return block + 1;
+      if (block)
+        m_free[sizeClass] = m_free[sizeClass]->next;
+      else
+        block = Cut(sizeClass * kClassBytes);
+      if (block) {
+        block[0] = char(sizeClass);
+        return block + 1;
+      }
     }
 #endif
     char* block = static_cast<char*>(malloc(bytes + 1));
@@ -146,19 +153,22 @@ private:
     return block + 1;
   }
 
-  void AddPiece(size_t sizeClass) {
-    char* piece = static_cast<char*>(malloc(kPieceBytes));
-    if (!piece) abort();
-    const size_t blockBytes = sizeClass * kClassBytes;
-    for (size_t at = kPieceBytes / blockBytes * blockBytes; at > 0;) {
-      at -= blockBytes;
-      auto* slot = reinterpret_cast<FreeBlock*>(piece + at);
-      slot->next = m_free[sizeClass];
-      m_free[sizeClass] = slot;
+  // A new block from the current piece; null when no piece can be had.
+  char* Cut(size_t blockBytes) {
+    if (m_pieceLeft < blockBytes) {
+      m_pieceNext = static_cast<char*>(System()->AllocKeyValuesMemory(int(kPieceBytes)));
+      m_pieceLeft = m_pieceNext ? kPieceBytes : 0;
+      if (!m_pieceNext) return nullptr;
     }
+    char* block = m_pieceNext;
+    m_pieceNext += blockBytes;
+    m_pieceLeft -= blockBytes;
+    return block;
   }
 
   FreeBlock* m_free[kClasses + 1] = {};
+  char* m_pieceNext = nullptr;
+  size_t m_pieceLeft = 0;
 };
 
 // Constant-initialised and never destroyed: nodes may be made before any constructor runs and outlive
@@ -501,6 +511,38 @@ float DecimalToFloat(const char* token) {
   return negative ? -value : value;
 }
 
+// The common numbers, read straight from the token's bytes: a sign, at most nine digits, and optionally a
+// point and at most nine more, one digit at least. They get the answer ClassifyValue and DecimalToFloat give
+// on a terminated copy; kText sends every other token that way.
+ValueKind ReadPlainNumber(const char* token, size_t length, int& asInt, float& asFloat) {
+  constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f};
+  constexpr ptrdiff_t kMaxRun = 9;
+  const char* p = token;
+  const char* end = token + length;
+  const bool negative = p < end && *p == '-';
+  if (p < end && (*p == '+' || *p == '-')) ++p;
+  uint64_t mantissa = 0;
+  const char* run = p;
+  for (; p < end && unsigned(*p - '0') < 10; ++p) mantissa = mantissa * 10 + unsigned(*p - '0');
+  const ptrdiff_t whole = p - run;
+  if (whole > kMaxRun) return ValueKind::kText;
+  if (p == end) {
+    if (whole == 0) return ValueKind::kText;
+    asInt = negative ? -int(mantissa) : int(mantissa);
+    return ValueKind::kInt;
+  }
+  if (*p != '.') return ValueKind::kText;
+  run = ++p;
+  for (; p < end && unsigned(*p - '0') < 10; ++p) mantissa = mantissa * 10 + unsigned(*p - '0');
+  ptrdiff_t fraction = p - run;
+  if (p != end || fraction > kMaxRun || whole + fraction == 0) return ValueKind::kText;
+  while (fraction > 0 && mantissa % 10 == 0) mantissa /= 10, --fraction;
+  if (mantissa > (uint64_t(1) << 24)) return ValueKind::kText;
+  const float value = float(mantissa) / kPowersOfTen[fraction];
+  asFloat = negative ? -value : value;
+  return ValueKind::kFloat;
+}
+
 // ---- the writer ----
 
 // Text of a name or value as the writer puts it between quotes.
@@ -541,7 +583,7 @@ KeyValues::KeyValues(const char* name) : m_pValue(nullptr) { SetName(name); }
 KeyValues::~KeyValues() {
   if (m_pSub) DestroyChain(m_pSub);
   if (m_pPeer) DestroyChain(m_pPeer);
-  if (m_sValue || m_wsValue) ClearValue();
+  if (m_sValue) ClearValue();
   if (m_handle) Handles().Remove(m_handle);
 }
 
@@ -563,8 +605,6 @@ void KeyValues::DestroyChain(KeyValues* node) {
 void KeyValues::ClearValue() {
   s_texts.Free(m_sValue);
   m_sValue = nullptr;
-  delete[] m_wsValue;
-  m_wsValue = nullptr;
 }
 
 uint64_t KeyValues::GetHandle() {
@@ -1054,8 +1094,21 @@ void KeyValues::SetValueFromToken(const char* token, size_t length) {
     m_iDataType = TYPE_STRING;
     return;
   }
-  const char* terminated = TokenText(reinterpret_cast<const unsigned char*>(token), length);
   int asInt = 0;
+  float asFloat = 0.0f;
+  switch (ReadPlainNumber(token, length, asInt, asFloat)) {
+    case ValueKind::kInt:
+      m_iValue = asInt;
+      m_iDataType = TYPE_INT;
+      return;
+    case ValueKind::kFloat:
+      m_flValue = asFloat;
+      m_iDataType = TYPE_FLOAT;
+      return;
+    case ValueKind::kText:
+      break;
+  }
+  const char* terminated = TokenText(reinterpret_cast<const unsigned char*>(token), length);
   switch (ClassifyValue(terminated, asInt)) {
     case ValueKind::kInt:
       m_iValue = asInt;
