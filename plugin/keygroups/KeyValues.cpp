@@ -249,12 +249,34 @@ inline uint64_t QuotedStops(uint64_t w) {
   return below14 | BytesEqual(w, '"');
 }
 
+// Where a word of eight bytes may be read in a text that ends in a zero byte, at a place before that zero.
+// A word that stays in the page of its first byte is readable, as that page holds text: a large text is
+// read once, not first measured. The sanitizer build measures the text instead, as it rightly reports a
+// word read past the end of an allocation.
+class TextEnd {
+public:
+#if defined(TW_SANITIZE)
+  explicit TextEnd(const unsigned char* text) : m_limit(text + strlen(reinterpret_cast<const char*>(text)) + 1) {}
+  bool WordFits(const unsigned char* p) const { return m_limit - p >= 8; }
+
+private:
+  const unsigned char* m_limit;  // one past the terminating zero
+#else
+  explicit TextEnd(const unsigned char*) {}
+  bool WordFits(const unsigned char* p) const {
+    return reinterpret_cast<uintptr_t>(p) % kPageBytes <= kPageBytes - 8;
+  }
+
+private:
+  static constexpr uintptr_t kPageBytes = 4096;
+#endif
+};
+
 // The first stop byte of a token: `Stops` marks the bytes of a word that may end it; the class decides.
-// `limit` is one past the text's terminating zero.
 template <uint64_t (*Stops)(uint64_t), unsigned char kStopClass>
-const unsigned char* TokenEnd(const unsigned char* p, const unsigned char* limit) {
+const unsigned char* TokenEnd(const unsigned char* p, TextEnd end) {
   for (;;) {
-    if (limit - p >= 8) {
+    if (end.WordFits(p)) {
       uint64_t word;
       memcpy(&word, p, 8);
       if (uint64_t stops = Stops(word)) {
@@ -295,17 +317,17 @@ const char* TokenText(const unsigned char* begin, size_t length) {
 // never changes its text, so an entry stays right for the life of the process.
 class RecentNames {
 public:
-  // The symbol of the `length` bytes at `source`, read never at or past `limit` (at most 1023 bytes). Up to
-  // 24 bytes, the three words that cover a name are the name. Two names share a set; the one found last
-  // stands first.
-  int SymbolOf(const unsigned char* source, size_t length, const unsigned char* limit) {
+  // The symbol of the `length` bytes at `source` (at most 1023 bytes, followed somewhere by a zero byte that
+  // `end` bounds). Up to 24 bytes, the three words that cover a name are the name. Two names share a set;
+  // the one found last stands first.
+  int SymbolOf(const unsigned char* source, size_t length, TextEnd end) {
     if (length > kLongest) return System()->GetSymbolForString(TokenText(source, length));
     Entry key{{0, 0, 0}, uint32_t(length), -1};
     if (length >= 8) {
       memcpy(&key.words[0], source, 8);
       memcpy(&key.words[1], source + std::min<size_t>(8, length - 8), 8);
       memcpy(&key.words[2], source + length - 8, 8);
-    } else if (limit - source >= 8) {
+    } else if (end.WordFits(source)) {
       memcpy(&key.words[0], source, 8);
       key.words[0] &= (uint64_t(1) << (8 * length)) - 1;
     } else {
@@ -344,7 +366,7 @@ int SymbolOf(const char* name) {
   const size_t length = strlen(name);
   if (length > RecentNames::kLongest) return System()->GetSymbolForString(name);
   const auto* bytes = reinterpret_cast<const unsigned char*>(name);
-  return s_recentNames.SymbolOf(bytes, length, bytes + length + 1);
+  return s_recentNames.SymbolOf(bytes, length, TextEnd(bytes));
 }
 
 }  // namespace
@@ -363,12 +385,12 @@ struct KeyValuesToken {
 class KeyValuesLexer {
 public:
   explicit KeyValuesLexer(const char* text)
-      : m_p(reinterpret_cast<const unsigned char*>(text)), m_limit(m_p + strlen(text) + 1) {}
+      : m_p(reinterpret_cast<const unsigned char*>(text)), m_end(m_p) {}
   bool Stopped() const { return !m_p; }
   void Stop() { m_p = nullptr; }
 
   int Symbol(const KeyValuesToken& token) const {
-    return s_recentNames.SymbolOf(reinterpret_cast<const unsigned char*>(token.text), token.length, m_limit);
+    return s_recentNames.SymbolOf(reinterpret_cast<const unsigned char*>(token.text), token.length, m_end);
   }
 
   __attribute__((always_inline)) KeyValuesToken Next() {
@@ -389,7 +411,7 @@ public:
       m_p = p + 1;
       return token;
     }
-    const unsigned char* end = TokenEnd<PlainStops, kEndsPlain>(p, m_limit);
+    const unsigned char* end = TokenEnd<PlainStops, kEndsPlain>(p, m_end);
     token.length = KeptLength(p, end);
     m_p = end;
     return token;
@@ -398,7 +420,7 @@ public:
 private:
   // A line end inside the quotes ends the token there and stays unread; the end of the text gives none.
   const unsigned char* ReadQuoted(const unsigned char* begin, KeyValuesToken& token) {
-    const unsigned char* end = TokenEnd<QuotedStops, kEndsQuoted>(begin, m_limit);
+    const unsigned char* end = TokenEnd<QuotedStops, kEndsQuoted>(begin, m_end);
     token.length = KeptLength(begin, end);
     token.quoted = true;
     if (*end == '"') {
@@ -415,7 +437,7 @@ private:
   }
 
   const unsigned char* m_p;
-  const unsigned char* m_limit;  // one past the text's terminating zero
+  TextEnd m_end;
 };
 
 namespace {
@@ -533,10 +555,11 @@ ValueKind ReadPlainNumber(const char* token, size_t length, int& asInt, float& a
   }
   if (*p != '.') return ValueKind::kText;
   run = ++p;
-  for (; p < end && unsigned(*p - '0') < 10; ++p) mantissa = mantissa * 10 + unsigned(*p - '0');
-  ptrdiff_t fraction = p - run;
-  if (p != end || fraction > kMaxRun || whole + fraction == 0) return ValueKind::kText;
-  while (fraction > 0 && mantissa % 10 == 0) mantissa /= 10, --fraction;
+  while (p < end && unsigned(*p - '0') < 10) ++p;
+  if (p != end || p - run > kMaxRun || whole + (p - run) == 0) return ValueKind::kText;
+  while (p > run && p[-1] == '0') --p;  // trailing zeros of the fraction change nothing
+  const ptrdiff_t fraction = p - run;
+  for (; run < p; ++run) mantissa = mantissa * 10 + unsigned(*run - '0');
   if (mantissa > (uint64_t(1) << 24)) return ValueKind::kText;
   const float value = float(mantissa) / kPowersOfTen[fraction];
   asFloat = negative ? -value : value;
@@ -590,13 +613,17 @@ KeyValues::~KeyValues() {
 void KeyValues::deleteThis() { delete this; }
 
 // Each node of the chain goes before its children, in the order the reader made them, so that the node
-// memory is handed back (and out again to the next tree) in one sweep. Recursion follows the depth only.
+// memory is handed back (and out again to the next tree) in one sweep. A node's value and handle are let go
+// here, which leaves its destructor nothing to do, so that only its memory is handed back. Recursion follows
+// the depth only.
 void KeyValues::DestroyChain(KeyValues* node) {
+  IKeyValuesSystem* system = System();
   while (node) {
     KeyValues* sub = node->m_pSub;
     KeyValues* next = node->m_pPeer;
-    node->m_pSub = node->m_pPeer = nullptr;
-    delete node;
+    s_texts.Free(node->m_sValue);
+    if (node->m_handle) Handles().Remove(node->m_handle);
+    system->FreeKeyValuesMemory(node);
     if (sub) DestroyChain(sub);
     node = next;
   }

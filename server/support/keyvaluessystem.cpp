@@ -64,12 +64,11 @@ public:
 private:
   static constexpr uint32_t kEmpty = 0;
   static constexpr size_t kArenaPiece = 64 * 1024;
-  // The text is kept beside the symbol, so that a name found costs one look at the table and one at its
-  // text.
+  // Eight bytes a slot, so that the table of a large file's names stays small enough for the cache: a new
+  // name costs one look at the table, and a name found one more at its text.
   struct Slot {
     uint32_t hash = kEmpty;
     HKeySymbol symbol = INVALID_KEY_SYMBOL;
-    const char* text = nullptr;
   };
 
   HKeySymbol Lookup(const char* name) {
@@ -79,7 +78,7 @@ private:
     for (size_t i = hash & m_mask;; i = (i + 1) & m_mask) {
       Slot& slot = m_slots[i];
       if (slot.hash == kEmpty) return Insert(slot, hash, name, length);
-      if (slot.hash == hash && SameName(slot.text, name, length)) return slot.symbol;
+      if (slot.hash == hash && SameName(m_texts[size_t(slot.symbol)], name, length)) return slot.symbol;
     }
   }
 
@@ -99,7 +98,7 @@ private:
   HKeySymbol Insert(Slot& slot, uint32_t hash, const char* name, size_t length) {
     HKeySymbol symbol = HKeySymbol(m_texts.size());
     m_texts.push_back(StoreText(name, length));
-    slot = {hash, symbol, m_texts.back()};
+    slot = {hash, symbol};
     if (m_texts.size() * 2 > m_slots.size()) Grow();
     return symbol;
   }
