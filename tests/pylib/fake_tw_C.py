@@ -2,7 +2,7 @@
 
 It answers the few methods the package calls and records what it was asked: `printed` holds the lines
 given to printmsg, `dbgmsgs` the (level, text) pairs of dbgmsg. Tests set `variables`, `event` (a dict, or
-None for no current event), `command` (argv of the engine's current command) and `block_args`.
+None for no current event) and `command` (argv of the engine's current command).
 """
 import os
 import sys
@@ -22,7 +22,6 @@ class FakeTwC(types.ModuleType):
         self.variables: dict[str, str] = {}
         self.event: dict[str, str] | None = None
         self.command: list[str] = []
-        self.block_args: list[str] | None = None
 
     def printmsg(self, text: str) -> int:
         if not isinstance(text, str) or "\0" in text or len(text.encode("utf-8")) > 2046:
@@ -48,12 +47,6 @@ class FakeTwC(types.ModuleType):
 
     def cmdargs(self) -> str:
         return " ".join(self.command[1:])
-
-    def getargc(self) -> int:
-        return len(self.block_args or [])
-
-    def getargv(self, index) -> str | None:
-        return None if self.block_args is None else self.block_args[int(index)]
 
 
 fake = FakeTwC()

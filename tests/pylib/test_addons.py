@@ -1,5 +1,5 @@
-"""The package's addons against a fake tw_C: where they are found, what loading and unloading leave, and the
-six answers the plugin asks for."""
+"""The package's addons against a fake tw_C, where the scenarios in tests/scenarios/python don't reach: the
+names that find no addon, what a failed load and an unload leave, and the answers at their edges."""
 import contextlib
 import io
 import os
@@ -64,20 +64,6 @@ class Finding(AddonTest):
 
 
 class Loading(AddonTest):
-    def test_load_imports_registers_and_runs_the_load_block(self) -> None:
-        self.addon("greeter", """
-            print('importing')
-            @tw.block('load')
-            def load(): print('load block')
-            @tw.event('player_spawn')
-            def spawned(event): pass
-        """)
-        self.assertEqual(tw.loadModuleAddon("greeter"), 1)
-        self.assertEqual(self.lines(), ["importing", "[Tidewright] Loaded Python addon greeter", "load block"])
-        self.assertIn("twaddon.greeter", sys.modules)
-        self.assertEqual(tw.addons.hasEvent("player_spawn"), 1)
-        self.assertEqual(tw.addons.hasEvent("player_death"), 0)
-
     def test_a_second_load_keeps_the_first(self) -> None:
         self.addon("once", "print('imported')\n")
         tw.loadModuleAddon("once")
@@ -97,7 +83,6 @@ class Loading(AddonTest):
         """)
         self.assertEqual(tw.loadModuleAddon("broken"), 1)
         self.assertIn("ValueError: broken on purpose", self.err.getvalue())
-        self.assertIn("Traceback (most recent call last):", self.err.getvalue())
         self.assertEqual(self.lines(), ["[Tidewright] The Python addon broken could not be loaded."])
         self.assertFalse([m for m in sys.modules if m.startswith("twaddon.broken")])
         self.assertEqual(tw.addons.hasEvent("player_death"), 0)
@@ -112,18 +97,10 @@ class Loading(AddonTest):
 
 
 class Unloading(AddonTest):
-    def test_unload_removes_handlers_and_every_module(self) -> None:
+    def test_unload_removes_every_module_and_the_handlers_the_load_block_added(self) -> None:
         self.write("gone/helper.py", "value = 1\n")
         self.addon("gone", """
             from . import helper
-            @tw.event('player_death')
-            def died(event): print('died')
-            @tw.block('hi')
-            def hi(): print('hi')
-            @tw.tick
-            def ticking(): print('tick')
-            @tw.say_filter
-            def eat(userid, text, teamonly): return False
             @tw.client_filter
             def stop(userid, command, args): return False
             @tw.block('load')
@@ -136,15 +113,10 @@ class Unloading(AddonTest):
         tw.unloadModuleAddon("gone")
         self.assertEqual(self.lines()[-1], "Python addon removed: gone")
         self.assertFalse([m for m in sys.modules if m.startswith("twaddon.gone")])
+        self.assertEqual(tw.addons.hasEvent("round_start"), 0)
         fake.event = {}
-        for name in ["player_death", "round_start"]:
-            self.assertEqual(tw.addons.hasEvent(name), 0)
-            tw.addons.triggerEvent(name)
-        tw.addons.callBlock("gone/hi")
-        tw.addons.tick()
-        self.assertEqual(tw.addons.sayFilter(2, "text", 0), 1)
+        tw.addons.triggerEvent("round_start")
         self.assertEqual(tw.addons.clientCommand(2), 1)
-        self.assertEqual(self.lines()[-1], "Python addon removed: gone")
         tw.printScriptList()
         self.assertEqual(self.lines()[-1], "Python addon removed: gone")
 
@@ -152,13 +124,6 @@ class Unloading(AddonTest):
         tw.unloadModuleAddon("nobody")
         self.assertEqual(self.lines(), [])
         self.assertEqual(fake.dbgmsgs, [(1, "No Python addon is named nobody")])
-
-    def test_an_addon_loads_again_after_its_unload(self) -> None:
-        self.addon("again", "print('imported')\n")
-        tw.loadModuleAddon("again")
-        tw.unloadModuleAddon("again")
-        tw.loadModuleAddon("again")
-        self.assertEqual(self.lines().count("imported"), 2)
 
 
 class Answers(AddonTest):
@@ -179,51 +144,26 @@ class Answers(AddonTest):
         tw.addons.triggerEvent("player_spawn")
         self.assertEqual(self.lines()[2:], ["first player_death 4 7 ''", "second 4.0 -1", "first player_hurt 4 7 ''"])
 
-    def test_an_exception_in_a_handler_is_printed_and_the_next_handler_runs(self) -> None:
-        self.addon("failing", """
-            @tw.event('player_death')
-            def died(event): raise RuntimeError('handler failed')
-            @tw.event('player_death')
-            def reads(event): print('reads', event['userid'])
-        """)
-        tw.loadModuleAddon("failing")
-        fake.event = None  # no current event: reading one raises
-        tw.addons.triggerEvent("player_death")
-        self.assertIn("RuntimeError: handler failed", self.err.getvalue())
-        self.assertIn("SystemError: getEventInfo: no game event is current", self.err.getvalue())
-
-    def test_blocks_run_by_full_name_and_read_their_arguments(self) -> None:
-        self.addon("blocks", """
-            @tw.block('show')
-            def show(): print('show', tw.block_args())
-        """)
+    def test_only_a_full_name_finds_a_block(self) -> None:
+        self.addon("blocks", "@tw.block('show')\ndef show(): print('show')\n")
         tw.loadModuleAddon("blocks")
-        fake.block_args = ["cmd", "a b", "c"]
-        tw.addons.callBlock("blocks/show")
-        fake.block_args = None
-        tw.addons.callBlock("blocks/show")
-        tw.addons.callBlock("blocks/missing")
-        tw.addons.callBlock("nobody/show")
-        tw.addons.callBlock("show")
-        self.assertEqual(self.lines()[1:], ["show ['cmd', 'a b', 'c']", "show []"])
+        for name in ["blocks/missing", "nobody/show", "show"]:
+            tw.addons.callBlock(name)
+        self.assertEqual(self.lines()[1:], [])
         self.assertEqual(fake.dbgmsgs, [(1, "No Python block blocks/missing"), (1, "No Python block nobody/show"),
                                         (1, "No Python block show")])
 
     def test_tick_runs_every_handler_and_survives_errors(self) -> None:
         self.addon("ticker", """
-            count = 0
             @tw.tick
             def boom(): raise KeyError('tick')
             @tw.tick
-            def counting():
-                global count
-                count += 1
-                print('tick', count)
+            def after(): print('tick')
         """)
         tw.loadModuleAddon("ticker")
         tw.addons.tick()
         tw.addons.tick()
-        self.assertEqual(self.lines()[1:], ["tick 1", "tick 2"])
+        self.assertEqual(self.lines()[1:], ["tick", "tick"])
         self.assertEqual(self.err.getvalue().count("KeyError: 'tick'"), 2)
 
     def test_say_filters_eat_with_false_and_pass_with_anything_else(self) -> None:
@@ -243,28 +183,6 @@ class Answers(AddonTest):
         self.assertEqual(answers, {"eat": 0, "zero": 0, "none": 1, "true": 1, "raise": 1})
         self.assertEqual(self.lines()[1:], ["second saw none", "second saw true", "second saw raise"])
         self.assertEqual(sys.modules["twaddon.chat"].seen[0], (3, "eat", True))
-
-    def test_client_filters_see_the_engine_command(self) -> None:
-        self.addon("guard", """
-            @tw.client_filter
-            def guard(userid, command, args):
-                print('guard', userid, command, repr(args))
-                return command != 'kill'
-        """)
-        tw.loadModuleAddon("guard")
-        fake.command = ["kill"]
-        self.assertEqual(tw.addons.clientCommand(5), 0)
-        fake.command = ["jointeam", "2", "now"]
-        self.assertEqual(tw.addons.clientCommand(5), 1)
-        self.assertEqual(self.lines()[1:], ["guard 5 kill ''", "guard 5 jointeam '2 now'"])
-
-    def test_the_script_list_names_the_addons_in_load_order(self) -> None:
-        self.addon("b", "")
-        self.addon("a", "")
-        tw.loadModuleAddon("b")
-        tw.loadModuleAddon("a")
-        tw.printScriptList()
-        self.assertEqual(self.lines()[2:], ["[Tidewright]   [  python] b", "[Tidewright]   [  python] a"])
 
 
 class Registering(AddonTest):

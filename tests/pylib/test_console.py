@@ -49,8 +49,6 @@ class ConsoleWriterTest(unittest.TestCase):
     def test_only_text_is_written(self) -> None:
         with self.assertRaises(TypeError):
             self.writer.write(b"bytes")
-        self.assertTrue(self.writer.writable())
-        self.assertFalse(self.writer.isatty())
 
 
 if __name__ == "__main__":

@@ -92,17 +92,6 @@ TEST(CheckScan, NulEndsTheText) {
   EXPECT_EQ(script.sections.size(), 1u);
 }
 
-TEST(CheckScan, LimitsAreTheReaders) {
-  Findings findings;
-  const std::string longest(MAX_SCRIPT_LINE - 1, 'x');
-  const std::string name(MAX_SECTION_NAME - 1, 'n');
-  const ScannedScript script = Scan("block " + name + "\n{\n" + longest + "\n}\n", findings);
-  EXPECT_EQ(findings.Errors(), 0);
-  EXPECT_EQ(script.lines[0].text.size(), longest.size());
-  Scan("block " + name + "n\n{\n" + longest + "x\n}\n", findings);
-  EXPECT_EQ(findings.Errors(), 2);
-}
-
 TEST(CheckScan, ScriptNameOfPath) {
   const std::pair<const char*, const char*> cases[] = {
       {"demo/game/addons/tidewright/foo/tw_foo.txt", "foo"},

@@ -1,10 +1,9 @@
-// The pieces under the checks: nearest names, the walk over a line's commands, the variable forms, and
-// the shape test of a condition that the plugin's tw_xif shares.
+// The pieces under the checks: the name distance behind "did you mean", the walk over a line's commands and
+// the variable forms. What the checks report is in cases/.
 #include <gtest/gtest.h>
 
 #include "commandwalk.h"
 #include "nearest.h"
-#include "script/conditionals.h"
 
 namespace {
 
@@ -17,18 +16,6 @@ TEST(CheckWords, NameDistance) {
       {"tw_xsett", "tw_xset", 1}, {"", "abc", 3}, {"kitten", "sitting", 3}, {"tw_xdbgmsg", "tw_dbgmsg", 1},
   };
   for (const auto& c : cases) EXPECT_EQ(NameDistance(c.a, c.b), c.distance) << c.a << " " << c.b;
-}
-
-TEST(CheckWords, NearestNameOnlyWhenClose) {
-  const std::vector<std::string> names = {"echo", "tw_xset", "tw_set", "tw__db", "sim_connect", "status"};
-  EXPECT_EQ(NearestName("ech", names), "echo");
-  EXPECT_EQ(NearestName("tw_xsett", names), "tw_xset");
-  EXPECT_EQ(NearestName("sim_conect", names), "sim_connect");
-  EXPECT_EQ(NearestName("frobnicate", names), "");
-  EXPECT_EQ(NearestName("ab", names), "");
-  EXPECT_EQ(NearestName("tw_db", names), "");      // internal names only for a name that has "__"
-  EXPECT_EQ(NearestName("tw__dc", names), "tw__db");
-  EXPECT_EQ(NearestName("tw_st", {"tw_set", "tw_sat"}), "tw_sat");  // ties: the alphabetically first
 }
 
 struct Walked {
@@ -66,19 +53,6 @@ TEST(CheckWords, ReplaceVariableForms) {
   EXPECT_EQ(ReplaceVariableForms("if (server_var(x) = 1) do", "V"), "if (V = 1) do");
   EXPECT_EQ(ReplaceVariableForms("if (EVENT_VAR (userid) in server_var(list)) do", "V"), "if (V in V) do");
   EXPECT_EQ(ReplaceVariableForms("server_var without parentheses", "V"), "server_var without parentheses");
-}
-
-TEST(CheckWords, ConditionShape) {
-  const struct {
-    const char *open, *close, *word, *args;
-    int error;
-  } cases[] = {
-      {"(", ")", "then", "(a = b) then echo", 0}, {"(", ")", "DO", "(a = b) DO", 5},
-      {"(", ")", "do", "(a = b) do", 0},          {"a", ")", "then", "a = b) then echo", 2},
-      {"(", "d", "then", "(a b c d) then x", 3},  {"(", ")", "than", "(a = b) than x", 4},
-      {"(", ")", "then", "(a = b) then", 5},
-  };
-  for (const auto& c : cases) EXPECT_EQ(ConditionShapeError(c.open, c.close, c.word, c.args), c.error) << c.args;
 }
 
 }  // namespace

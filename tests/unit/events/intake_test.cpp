@@ -1,6 +1,6 @@
 // Game events on their way in: what an event nobody wants leaves, names the manager can't declare, file names
-// past the limit, the commands a wanted event queues, the queue of duplicates with tw__ep and its handles,
-// and the chains of scripts some of which are turned off.
+// past the limit, the queue of duplicates with tw__ep and its handles, and an event every script is deaf to.
+// The order in which scripts hear an event runs in the events/order and events/same_frame scenarios.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -83,17 +83,6 @@ TEST_F(IntakeTest, FileNamesPastTheLimitAreReportedAndCountAsAbsent) {
 
 // ---- the queue ----
 
-TEST_F(IntakeTest, WantedEventQueuesItsPopThenTheScriptsOnly) {
-  Load("first", PrintingScript("first"));
-  Load("second", PrintingScript("second"));
-  Fire("player_death", {{"userid", "4"}});
-  std::vector<std::string> commands = TakeCommands();
-  ASSERT_EQ(commands.size(), 3u);
-  EXPECT_TRUE(StartsWith(commands[0], "tw__ep "));
-  EXPECT_TRUE(StartsWith(commands[1], "tw__de "));
-  EXPECT_TRUE(StartsWith(commands[2], "tw__de "));
-}
-
 TEST_F(IntakeTest, DuplicatesGoBackToTheManager) {
   Load("keeper", PrintingScript("keeper"));
   size_t live = Standin().Events().LiveEvents();
@@ -175,23 +164,16 @@ TEST_F(IntakeTest, EachHandleTakesItsOwnEventOnce) {
   EXPECT_EQ(QueuedEventCount(), 0u);
 }
 
-// ---- chains with scripts turned off ----
-
-TEST_F(IntakeTest, DisabledScriptsArePassedOverWhileTheOthersRun) {
-  for (const char* name : {"a", "b", "c"}) Load(name, PrintingScript(name));
-  g_scriptMachine.registry.SetScriptEnabled("b", false);
-  Fire("player_death", {{"userid", "7"}});
-  EXPECT_EQ(Settle(), "a sees 7\nc sees 7\n");
-  g_scriptMachine.registry.SetScriptEnabled("b", true);
-  g_scriptMachine.registry.SetScriptEnabled("a", false);
-  Fire("player_death", {{"userid", "8"}});
-  EXPECT_EQ(Settle(), "b sees 8\nc sees 8\n");
-  // With every script off the event is still wanted and becomes current.
-  for (const char* name : {"b", "c"}) g_scriptMachine.registry.SetScriptEnabled(name, false);
+// Which scripts hear an event runs in the script/lifecycle_events scenario; with every script off the event
+// is still wanted and becomes current.
+TEST_F(IntakeTest, WithEveryScriptOffTheEventStillBecomesCurrent) {
+  for (const char* name : {"a", "b"}) {
+    Load(name, PrintingScript(name));
+    g_scriptMachine.registry.SetScriptEnabled(name, false);
+  }
   Fire("player_death", {{"userid", "9"}});
   EXPECT_EQ(QueuedEventCount(), 1u);
   EXPECT_EQ(Settle(), "");
   EXPECT_EQ(CurrentUserid(), "9\n");
 }
-
 }  // namespace

@@ -1,8 +1,8 @@
 // Console objects and the variable operations: value setting and its callbacks, clamping, the cache in
 // front of the engine, creation on demand, the rule for 0, and the configuration variables. What the
 // console shows of them, and cheat variables on a listen server, are scenarios (console_*).
-#include <iterator>
 #include <string>
+#include <utility>
 
 #include "host_fixture.h"
 
@@ -173,34 +173,25 @@ TEST_F(ConsoleTest, ZeroGoesThroughTheTextSetterAndIsNeverForced) {
   EXPECT_STREQ(FindServerVar("hs_zero")->GetString(), "1");
 }
 
-TEST_F(ConsoleTest, ConfigurationVariablesAreThePluginsAndTheCachedOnesFollowTheirSwitches) {
-  ConVar* const all[] = {
-      &brannock_tidewright,     &brannock_python,         &tidewright_noisy,          &tidewright_debug,
-      &tidewright_scripttrace,  &tidewright_debuglog,     &tidewright_eiface,         &tidewright_frametimecheck,
-      &tidewright_defaultevents, &tidewright_subdirectory, &tidewright_datadirectory, &tidewright_escapechars,
-      &tidewright_cflags,       &tidewright_timeformat,   &tidewright_currentmap,     &tidewright_lastgive,
-      &tidewright_deadflag,     &tidewright_cmdprefixes,  &tidewright_exec_cmd,       &tidewright_lasterror,
-      &tidewright_lasterrornum, &tidewright_ver,          &tidewright_autocreate,     &tidewright_protectrcon,
-      &tidewright_bot_cexec,    &tidewright_serverdll,    &tidewright_chatevent,      &tidewright_maphandler,
-      &tidewright_maxmsg,       &tidewright_quote,        &tidewright_nextmapoverride, &tidewright_addondir,
-      &tidewright_gamedir,      &tidewright_language,
+// Only the two public variables are announced to clients; the cached switches follow their variables.
+TEST_F(ConsoleTest, PublicFlagsAndCachedSwitches) {
+  for (ConVar* open : {&brannock_tidewright, &tidewright_ver})
+    EXPECT_EQ(open->GetFlagsRaw(), FCVAR_PLUGIN | FCVAR_NOTIFY | FCVAR_REPLICATED) << open->GetName();
+  EXPECT_EQ(tidewright_lasterror.GetFlagsRaw(), FCVAR_PLUGIN);
+  const std::pair<ConVar*, int*> cached[] = {
+      {&brannock_tidewright, &g_cached.brannock}, {&brannock_python, &g_cached.python},
+      {&tidewright_noisy, &g_cached.noisy},       {&tidewright_debug, &g_cached.debug},
+      {&tidewright_scripttrace, &g_cached.scripttrace}, {&tidewright_debuglog, &g_cached.debuglog},
+      {&tidewright_eiface, &g_cached.eiface},     {&tidewright_frametimecheck, &g_cached.frametimecheck},
+      {&tidewright_defaultevents, &g_cached.defaultevents},
   };
-  int* const cached[] = {&g_cached.brannock, &g_cached.python,  &g_cached.noisy,
-                         &g_cached.debug,    &g_cached.scripttrace, &g_cached.debuglog,
-                         &g_cached.eiface,   &g_cached.frametimecheck, &g_cached.defaultevents};
-  for (size_t i = 0; i < std::size(all); ++i) {
-    ConVar& v = *all[i];
-    SCOPED_TRACE(v.GetName());
-    EXPECT_EQ(FindServerVar(v.GetName()), &v);
-    bool open = &v == &brannock_tidewright || &v == &tidewright_ver;
-    EXPECT_EQ(v.GetFlagsRaw(), FCVAR_PLUGIN | (open ? FCVAR_NOTIFY | FCVAR_REPLICATED : 0));
-    EXPECT_EQ(v.m_fnChangeCallback != nullptr, i < std::size(cached));
-    if (i >= std::size(cached)) continue;
-    EXPECT_EQ(*cached[i], v.GetInt());
+  for (const auto& [var, value] : cached) {
+    SCOPED_TRACE(var->GetName());
+    EXPECT_EQ(*value, var->GetInt());
     OutputCapture quiet;
-    VarRestorer restore(v);
-    v.SetValue("-5");
-    EXPECT_EQ(*cached[i], -5);
+    VarRestorer restore(*var);
+    var->SetValue("-5");
+    EXPECT_EQ(*value, -5);
   }
 }
 

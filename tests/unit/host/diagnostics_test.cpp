@@ -21,19 +21,11 @@ TEST_F(DiagnosticsTest, LevelAndRouteDecideWhereAMessageGoes) {
     bool report;
     const char* printed;
   };
+  // The routes at levels 0 and -1, and both log routes, run in the host/diagnostics_routes scenario.
   const Row rows[] = {
-      {-1, 0, 0, false, ""},
-      {-1, 0, 0, true, ""},
-      {0, 0, 0, false, "msg 7\n"},
-      {0, 0, 1, false, ""},
       {0, 0, 1, true, ""},
       {3, 0, 3, false, "msg 7\n"},
       {3, 0, 4, false, ""},
-      {0, 0, 0, true, "msg 7\n  Error source (console): (no script)\n"},
-      {0, 1, 0, false, "L msg 7\n"},
-      {0, 1, 0, true, "L msg 7\nL   Error location (console): (no script)\n"},
-      {0, 2, 0, false, "msg 7\n"},
-      {0, 2, 0, true, "msg 7\n  Error source (console): (no script)\n"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(testing::Message() << "debug " << row.debug << " debuglog " << row.debuglog << " level "
@@ -77,14 +69,11 @@ TEST_F(DiagnosticsTest, TextIsCutAt2047CharactersAndPercentSignsStayAsTheyAre) {
   EXPECT_EQ(out.Text(), "");
 }
 
-TEST_F(DiagnosticsTest, ReportNamesTheRunningLineOrNoScript) {
-  ip.line = "tw_mygame.txt";
-  ip.cmd = "tw_set x 1\n";
-  OutputCapture out;
-  ReportScriptError(0, "bad\n");
-  EXPECT_EQ(out.Take(), "bad\n  Error source tw_mygame.txt: tw_set x 1\n");
-  ip.line = nullptr;  // before the first script line ran
+// A script line's place runs in the script/error_location scenario; before the first line ran there is none.
+TEST_F(DiagnosticsTest, ReportBeforeAnyLineRanNamesNoScript) {
+  ip.line = nullptr;
   ip.cmd = nullptr;
+  OutputCapture out;
   ReportScriptError(0, "bad\n");
   EXPECT_EQ(out.Take(), "bad\n  Error source (console): (no script)\n");
 }

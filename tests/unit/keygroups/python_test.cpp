@@ -1,5 +1,5 @@
-// The keygroup commands through the Python door: a value comes back without a variable, arguments stand
-// one lower, texts are not cut by a tokenizer, and a loop carries items that hold blanks.
+// The keygroup commands through the Python door where the scenario python/binders_keygroups doesn't reach:
+// a key by position, texts past the limit (no tokenizer cuts them first), and a loop's command as one item.
 #include <Python.h>
 #include <gtest/gtest.h>
 
@@ -15,16 +15,10 @@ protected:
   static void SetUpTestSuite() { StartTestPython(); }
 };
 
-TEST_F(PythonKeysTest, GetValueGivesTheTextWithoutAVariable) {
+TEST_F(PythonKeysTest, GetValueFindsAKeyByItsPosition) {
   Run("tw_xkeygroupcreate players;tw_xkeycreate players 42;tw_xkeycreate players 7");
-  Run("tw_xkeysetvalue players 42 name Foo;tw_xkeysetvalue players 7 kills 0");
-  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "42", "name"}), "'Foo'");  // four with the name: the group form
-  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "2", "kills"}), "'0'");
-  Run("tw_xkeycreate free;tw_xkeysetvalue free v w");
-  EXPECT_EQ(CallTwRepr("keygetvalue", {"free", "v"}), "'w'");
-  OutputCapture capture;
-  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "99", "name"}), "None");
-  EXPECT_EQ(capture.Text(), "ERROR: Tidewright cannot find the 99 key!\n");
+  Run("tw_xkeysetvalue players 7 kills 5");
+  EXPECT_EQ(CallTwRepr("keygetvalue", {"players", "2", "kills"}), "'5'");  // three with the name: the group form
 }
 
 TEST_F(PythonKeysTest, TextsPastTheLimitAreRefused) {
@@ -47,10 +41,6 @@ TEST_F(PythonKeysTest, ALoopKeepsItemsWithBlanksWhole) {
   Run("tw_xkeygroupcreate g;tw_xkeycreate g a;tw_xkeycreate g b");
   EXPECT_EQ(CallTwRepr("foreachkey", {"k", "in", "g", "tw echo key server_var(k)"}), "None");
   EXPECT_EQ(Settle(), "key a\nkey b\n");
-  OutputCapture capture;
-  EXPECT_EQ(CallTwRepr("foreachkey", {"k", "in", "g"}), "None");
-  EXPECT_EQ(capture.Text(), " Invalid syntax: tw_xforeachkey <var> in <groupname> <command>");
-  EXPECT_EQ(LastError(), "Syntax error");
 }
 
 }  // namespace

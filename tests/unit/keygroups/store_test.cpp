@@ -1,5 +1,6 @@
-// The store of groups: finding them, the tree or its groups node missing, the path forms of keygroup files
-// with their limit, and files of several sections or with an #include that lose no group.
+// The store of groups: the tree or its groups node missing, the path forms of keygroup files with their
+// limit, and a file of several sections with an #include. The plain path forms, two sections and a missing
+// file run in the keygroups/files scenario; groups made, found and read as paths in keygroups/forms.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,18 +10,6 @@
 namespace {
 
 class StoreTest : public KeyGroupTest {};
-
-TEST_F(StoreTest, FindGroupMakesOnlyWhenAskedAndReadsSlashesAsAPath) {
-  EXPECT_EQ(FindGroup("fg", false), nullptr);
-  KeyValues* made = FindGroup("fg", true);
-  ASSERT_NE(made, nullptr);
-  EXPECT_EQ(FindGroup("fg", false), made);
-  EXPECT_EQ(FindGroup("fg", true), made);
-  KeyValues* inner = FindGroup("outer/inner", true);
-  EXPECT_EQ(Names(Groups()), "fg outer");
-  EXPECT_EQ(Groups()->FindKey("outer")->FindKey("inner"), inner);
-  EXPECT_EQ(FindGroup("", true), nullptr);
-}
 
 // ---- the tree or its groups node missing ----
 
@@ -83,8 +72,6 @@ TEST_F(StoreTest, PathFormsByArgumentCountAndDataFolders) {
     const char* where;
     const char* path;
   } cases[] = {
-      {"cfg", "", 2, "", "cfg//tw_foo_db.txt"},
-      {"cfg", "", 3, "|mypack", "addons/tidewright/mypack/tw_foo_db.txt"},
       {"cfg", "", 3, "mypack", "cfg/mypack/tw_foo_db.txt"},
       {"cfg", "", 4, "mypack", "cfg//tw_foo_db.txt"},
       {"cfg", "", 3, "|", "addons/tidewright//tw_foo_db.txt"},
@@ -124,12 +111,6 @@ TEST_F(StoreTest, FurtherSectionsAndIncludesBecomeGroupsBeforeTheFollowingOnes) 
   EXPECT_EQ(Names(Groups()), "first multi second third extra after1 after2");
   EXPECT_EQ(Names(Groups()->FindKey("third")), "k3");
   EXPECT_EQ(Names(Groups()->FindKey("extra")), "e");
-}
-
-TEST_F(StoreTest, LoadKeyGroupKeepsTheFollowingGroupsWhenTheFileIsMissing) {
-  Run("tw_xkeygroupcreate a;tw_xkeygroupcreate b");
-  EXPECT_FALSE(LoadKeyGroup(Groups()->FindKey("a"), "cfg/none_db.txt"));
-  EXPECT_EQ(Names(Groups()), "a b");
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 // The reader against recorded trees: the demo tree's files (a copy in fixtures/demo, so that the demo can
 // change without touching this test), a few hundred generated hostile texts and a large generated file are
-// parsed, and each tree (names, types, values, order, peers) with the developer
-// messages of its load is compared with a dump in fixtures/. The dumps were recorded with the reader that
-// this one replaced, so a difference is a change of the format's rules. UPDATE=1 rewrites them.
+// parsed, and each tree (names, types, values, order, peers) with the developer messages of its load is
+// compared with a dump in fixtures/, kept whole or, where it is too large or too many, as a digest. The
+// dumps were recorded with the reader that this one replaced, so a difference is a change of the format's
+// rules. UPDATE=1 rewrites them.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -128,10 +129,14 @@ std::string LoadAndDump(const std::string& text, MemoryFileSystem& files, const 
   return out + "--\n" + FoldRepeats(FoldRepeats(FoldRuns(messages.Text()), ", "), "\nKeyValues", true);
 }
 
-uint64_t Fnv1a(const std::string& text) {
+// A dump too large to keep whole: its FNV-1a digest, size and line count.
+std::string Digest(const std::string& dump) {
   uint64_t h = 14695981039346656037ull;
-  for (unsigned char c : text) h = (h ^ c) * 1099511628211ull;
-  return h;
+  for (unsigned char c : dump) h = (h ^ c) * 1099511628211ull;
+  char digest[96];
+  snprintf(digest, sizeof digest, "fnv1a64 %016llx bytes %zu lines %zu\n", static_cast<unsigned long long>(h),
+           dump.size(), size_t(std::count(dump.begin(), dump.end(), '\n')));
+  return digest;
 }
 
 std::string ReadFile(const fs::path& path) {
@@ -309,19 +314,18 @@ TEST(KeyValuesDifferential, GeneratedHostileTexts) {
   Random r{0x7469646577726974ull};
   MemoryFileSystem files = IncludeFiles();
   std::string all;
+  // The first hundred dumps are kept whole, the rest as a digest each: a changed digest names its text,
+  // whose dump shows once the bound is raised.
+  const int whole = 100;
   for (int doc = 0; doc < 300; ++doc) {
     std::string name = "gen" + std::to_string(doc) + ".txt";
-    all += "== " + name + "\n" + LoadAndDump(GenerateDocument(r), files, name.c_str());
+    std::string dump = LoadAndDump(GenerateDocument(r), files, name.c_str());
+    all += "== " + name + (doc < whole ? "\n" + dump : " " + Digest(dump));
   }
   ExpectFixture("generated.dump", all);
 }
 
-// Too large to keep: its dump is kept as a digest, with its size and line count.
 TEST(KeyValuesDifferential, LargeGeneratedFile) {
   MemoryFileSystem files;
-  std::string dump = LoadAndDump(GenerateRecords(), files, "records.txt");
-  char digest[96];
-  snprintf(digest, sizeof digest, "fnv1a64 %016llx bytes %zu lines %zu\n", static_cast<unsigned long long>(Fnv1a(dump)),
-           dump.size(), size_t(std::count(dump.begin(), dump.end(), '\n')));
-  ExpectFixture("records.digest", digest);
+  ExpectFixture("records.digest", Digest(LoadAndDump(GenerateRecords(), files, "records.txt")));
 }

@@ -69,15 +69,6 @@ TEST(KeyValuesText, CommentsOnlyBetweenTokens) {
   EXPECT_STREQ(kv->GetString("k3"), "v3");
 }
 
-TEST(KeyValuesText, NonAsciiByteEndsACommentAndStopsThePlainToken) {
-  DevMessages dev;
-  OutputCapture out;
-  TreeGuard kv(Parse("\"a\" { \"k\" \"v\" // caf\xc3\xa9\n \"k2\" \"v2\" }"));
-  EXPECT_STREQ(kv->GetString("k"), "v");
-  EXPECT_EQ(kv->FindKey("k2"), nullptr);
-  EXPECT_TRUE(out.Contains("got empty keyname"));
-}
-
 TEST(KeyValuesText, OnlyCommentsLeaveTheNodeAsItWas) {
   TreeGuard kv(Parse("// nothing here\n   // nor here"));
   EXPECT_STREQ(kv->GetName(), "top");
@@ -105,14 +96,6 @@ TEST(KeyValuesText, MalformedInputKeepsWhatWasRead) {
   EXPECT_TRUE(out.Contains("in file test.txt"));
 }
 
-TEST(KeyValuesText, UnterminatedInputReportsAndStops) {
-  DevMessages dev;
-  OutputCapture out;
-  TreeGuard kv(Parse("\"g\" { \"a\" \"1\" \"b\" \"unterminated"));
-  EXPECT_EQ(kv->GetInt("a"), 1);
-  EXPECT_TRUE(out.Contains("ReadToken unexpected EOF in quoted string"));
-}
-
 TEST(KeyValuesText, StrayClosingBraceAtTopLevelIsASectionName) {
   DevMessages dev;
   OutputCapture out;
@@ -138,14 +121,6 @@ TEST(KeyValuesText, IncludeAppendsTheFileBehindThePeers) {
   EXPECT_EQ(kv->GetNextKey()->GetInt("x"), 9);
 }
 
-TEST(KeyValuesText, IncludeCyclesAreBounded) {
-  MemoryFileSystem fs;
-  fs.files["self.txt"] = "#include \"self.txt\"\n\"s\" { \"a\" \"1\" }";
-  TreeGuard kv(new KeyValues("top"));
-  EXPECT_TRUE(kv->LoadFromFile(&fs, "self.txt"));
-  EXPECT_EQ(kv->GetInt("a"), 1);
-}
-
 TEST(KeyValuesText, MissingIncludeIsReported) {
   DevMessages dev;
   OutputCapture out;
@@ -153,15 +128,6 @@ TEST(KeyValuesText, MissingIncludeIsReported) {
   TreeGuard kv(Parse("#include \"nope.txt\" \"s\" { }", &fs));
   EXPECT_TRUE(out.Contains("Couldn't load included keyvalue file nope.txt"));
   EXPECT_EQ(kv->GetNextKey(), nullptr);
-}
-
-TEST(KeyValuesText, OverlongTokenIsCut) {
-  DevMessages dev;
-  OutputCapture out;
-  std::string text = "\"s\" { \"k\" \"" + std::string(2000, 'x') + "\" }";
-  TreeGuard kv(Parse(text.c_str()));
-  EXPECT_EQ(strlen(kv->GetString("k")), 1023u);
-  EXPECT_TRUE(out.Contains(" ReadToken overflow"));
 }
 
 TEST(KeyValuesText, DeepNestingIsRefusedNotRecursedWithoutBound) {
@@ -326,7 +292,7 @@ TEST(KeyValuesText, TheTokenLimitCountsEveryLostByte) {
 TEST(KeyValuesText, AByteAboveAsciiEndsACommentWhereverItStands) {
   for (size_t at = 0; at < 20; ++at) {
     std::string comment(20, 'c');
-    comment[at] = '\x80';
+    comment[at] = at % 2 ? '\x80' : '\xc3';
     DevMessages dev;
     OutputCapture out;
     TreeGuard kv(Parse(("\"s\" { \"k\" \"v\" //" + comment + "\n \"k2\" \"v2\" }").c_str()));

@@ -1,5 +1,6 @@
-// The delayed list: the order in which commands leave (due time, then scheduling), one per frame, the
-// master switch, the level start, and what a delay or command the list can't take becomes.
+// The delayed list: the order in which commands leave (due time, then scheduling), one per frame, the level
+// start, and what a delay or command the list can't take becomes. The raw command text, tw_soon and the
+// master switch run in the library/delayed, library/soon and library/delayed_levels scenarios.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -56,21 +57,6 @@ TEST_F(DelayedTest, DelaysThatAreNoFiniteNumberCountAsZero) {
   EXPECT_EQ(Delayed_PendingCount(), 1u);
 }
 
-TEST_F(DelayedTest, TheCommandIsTheRawTextBehindTheFirstBlank) {
-  Run("tw_xset greeting hello");
-  EXPECT_EQ(Run("tw_delayed 0 echo \"a  b\" server_var(greeting)"), "a  b hello\n");
-  EXPECT_EQ(Run("tw_xdelayed 0 echo server_var(greeting)"), "server_var ( greeting )\n");  // echo joins its tokens
-  EXPECT_EQ(Run("tw_xdelayed 0 tw echo server_var(greeting)"), "hello\n");
-}
-
-TEST_F(DelayedTest, TheListStandsStillWhileTheSwitchIsNotOne) {
-  Delayed_Schedule(Standin().Engine().Time(), "echo waited");
-  brannock_tidewright.SetValue(2);
-  EXPECT_EQ(Frames(3), "-|-|-");
-  brannock_tidewright.SetValue(1);
-  EXPECT_EQ(Frames(2), "-|waited");
-}
-
 TEST_F(DelayedTest, ALevelStartDropsThePendingCommands) {
   Delayed_Schedule(Standin().Engine().Time() + 60, "echo never");
   tidewright_debug.SetValue(1);
@@ -85,10 +71,6 @@ TEST_F(DelayedTest, ACommandThatCantLeaveWholeIsRefused) {
   EXPECT_TRUE(Delayed_Schedule(0, fits.c_str()));
   EXPECT_FALSE(Delayed_Schedule(0, (fits + "c").c_str()));
   EXPECT_EQ(Delayed_PendingCount(), 1u);
-}
-
-TEST_F(DelayedTest, SoonAppendsInTheOrderOfTheCalls) {
-  EXPECT_EQ(Run("tw_soon echo first;tw_xsoon echo second;echo now"), "now\nfirst\nsecond\n");
 }
 
 }  // namespace

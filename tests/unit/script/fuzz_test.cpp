@@ -1,5 +1,6 @@
-// Random texts against the parsers: the script reader, the tokenizer and the expansion. Nothing may crash,
-// read outside its buffers or leave the registry inconsistent; the sanitizer build checks the memory.
+// Random texts against the script reader and the tokenizer, checking what the fuzz targets don't: every
+// block ends in its shared end lines, the registry stays consistent, and records keep their limits. The
+// expansion is left to the expansion fuzz target.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -24,9 +25,6 @@ const std::vector<std::string> kScriptPieces = {
     "tw__sb", std::string(1, '\0'), "\xff", "{\n", "}\n", "block a\n{\n", "event e\n{\n"};
 const std::vector<std::string> kLinePieces = {" ", "\t", "\"", "(", ")", "{", "}", "'", ":", "//", "/*", "*/", "a",
                                               "word", "\n", "\xc3\xa9", "\"\"", "x y"};
-const std::vector<std::string> kExpansionPieces = {" ",  "server_var", "event_var", "SERVER_VAR", "(", ")",
-                                                   "'",  ":",          "\"",        "fz_var",     "fz_ref", "a",
-                                                   "//", "{",          "}",         "0x10"};
 
 class FuzzTest : public ScriptTest {};
 
@@ -61,18 +59,6 @@ TEST_F(FuzzTest, TokenizerTakesAnyLine) {
     for (int t = 0; t < args->Argc(); ++t) ASSERT_LT(strlen(args->Argv(t)), size_t(MAX_TOKEN_CHARS));
     delete args;
   }
-}
-
-TEST_F(FuzzTest, ExpansionTakesAnyTokens) {
-  std::mt19937 random(99);
-  SetVarText("fz_var", "value with blanks", true);
-  SetVarText("fz_ref", "fz_var", true);
-  for (int i = 0; i < 300; ++i) {
-    std::string text = Make(random, kExpansionPieces, 40);
-    Run("tw tw_xlogq " + text);
-    Run("tw_set fz_out " + text);
-  }
-  EXPECT_EQ(Standin().Cbuf().PendingBytes(), 0u);
 }
 
 }  // namespace

@@ -97,21 +97,13 @@ TEST_F(MachineTest, ResetClosesEveryFrameAndKeepsTheScripts) {
 
 TEST_F(MachineTest, ForgedHandlesRunNothing) {
   Load("s", "block a\n{\necho never\n}\nevent e\n{\necho event ran\n}\n");
-  for (const char* forged : {"tw__ip 12345", "tw__ip 0", "tw__ip -1", "tw__ip abc", "tw__ip 99999999999999999999",
-                             "tw__de ffff", "tw__de 0", "tw__de zz", "tw__de ffffffffffffffff"}) {
+  // Plain forged numbers run in the script/forged_handles scenario; here the ones that aren't numbers or fit none.
+  for (const char* forged : {"tw__ip abc", "tw__ip 99999999999999999999", "tw__de zz", "tw__de ffffffffffffffff"}) {
     EXPECT_EQ(Run(forged), "") << forged;
     EXPECT_STREQ(ip.cmd, "(no script)\n");
     EXPECT_STREQ(ip.line, "(console)");
   }
   EXPECT_EQ(Run(EventCommands("e")), "event ran\n");
-}
-
-TEST_F(MachineTest, QueuedEventOfARemovedScriptRunsNoOtherBlock) {
-  Load("gone", "event e\n{\necho gone ran\n}\n");
-  Load("stays", "event e\n{\necho stays ran\n}\n");
-  Standin().Engine().ServerCommand(EventCommands("e").c_str());
-  g_scriptMachine.registry.RemoveScript("gone");
-  EXPECT_EQ(Settle(), "stays ran\n");
 }
 
 }  // namespace

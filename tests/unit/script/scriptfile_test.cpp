@@ -1,5 +1,6 @@
 // The script reader: section headers, braces, comments, limits, nested block names and counters, and the
-// handles of released lines.
+// handles of released lines. What nested and indented blocks do when they run, and the path a script's name
+// gives, run in the script/worked_example, script/nested_blocks and script/load_rules scenarios.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -48,11 +49,6 @@ TEST(ScriptReader, CompiledBlocksAndLines) {
     const char* block;
     Names lines;  // of `block`
   } cases[] = {
-      {"worked example", "block hello\n{\n  tw_xset x 1\n  tw_xif (1 equalto 1) do\n  {\n    tw_msg yes\n  }\n}\n",
-       {"s.b2", "s/hello"}, "s/hello",
-       {"tw__sb s/hello\n", "tw_xset x 1\n", "tw_xif (1 equalto 1) do\n", "tw__db s.b2\n", "tw__eb\n\n", "\n"}},
-      {"indented like flat", "block a\n{\n\t  tw_msg 1\n    {\n\t\ttw_msg 2\n    }\n}\n", {"s.b2", "s/a"}, "s.b2",
-       {"tw__sb s.b2\n", "tw_msg 2\n", "tw__eb\n\n", "\n"}},
       {"brace on the header line swallows the first body line", "block foo {\n  tw_msg swallowed\n  tw_msg kept\n}\n",
        {"s/foo {"}, "s/foo {", {"tw__sb s/foo {\n", "tw_msg kept\n", "tw__eb\n\n", "\n"}},
       {"only exact lower-case headers with one blank", "Block a\n{\n}\nblock\tb\n{\n}\nevent  c\n{\n}\n",
@@ -112,7 +108,8 @@ TEST(ScriptReader, LimitsOfTheText) {
 }
 
 // The place of each line of a block, as DescribeLine writes it: editor line numbers over blank lines,
-// comments and every kind of line end, and the section a nested body is written in.
+// comments and every kind of line end. Lines of nested bodies naming their section run in the
+// script/error_location scenario.
 TEST(ScriptReader, LinesKnowTheirPlace) {
   const struct {
     const char* why;
@@ -124,11 +121,9 @@ TEST(ScriptReader, LinesKnowTheirPlace) {
        {"path:3 (block s/a)", "path:7 (block s/a)", "path:9 (block s/a)"}},
       {"CR LF and lone CR end one line each", "block a\r\n{\r\necho 1\r\recho 2\r\n}\r\n", "s/a",
        {"path:1 (block s/a)", "path:3 (block s/a)", "path:5 (block s/a)"}},
-      {"a nested body names its section; tw__db stands at the closing brace",
+      {"tw__db stands at the closing brace of the nested body",
        "block a\n{\n  if (1 = 1) do\n  {\n    echo in\n  }\n  echo after\n}\n", "s/a",
        {"path:1 (block s/a)", "path:3 (block s/a)", "path:6 (block s/a)", "path:7 (block s/a)"}},
-      {"the body itself", "block a\n{\n  if (1 = 1) do\n  {\n\n    echo in\n  }\n}\nblock b\n{\n}\n", "s.b2",
-       {"path:4 (block s/a)", "path:6 (block s/a)"}},
       {"the section's header line even with blank lines before its brace", "\n\nevent x\n\n{\necho 1\n}\n", "s/x",
        {"path:3 (block s/x)", "path:6 (block s/x)"}},
   };
@@ -144,11 +139,6 @@ TEST(ScriptReader, LinesKnowTheirPlace) {
     EXPECT_EQ(places, c.places) << c.why;
   }
   EXPECT_FALSE(DescribeLine(nullptr, nullptr, 0));
-}
-
-TEST(ScriptReader, PathOfAScriptByName) {
-  EXPECT_STREQ(CScript("pack/sub").path, "addons/tidewright/pack/sub/tw_sub.txt");
-  EXPECT_STREQ(CScript("foo").path, "addons/tidewright/foo/tw_foo.txt");
 }
 
 }  // namespace

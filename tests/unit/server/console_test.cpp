@@ -90,6 +90,8 @@ TEST(ConsoleOwned, TableObjectsAreRegisteredHereOnlyAndOwnTheirTexts) {
 
 }  // namespace
 
+// The hint as the operator sees it, swapped letters, case, beginnings and short names included, is in the
+// scenario server/unknown_command; here the rules it can't show.
 TEST(ConsoleNearestName, OffersTheClosestRegisteredNameOrNone) {
   CCvar console;
   std::vector<std::unique_ptr<ConCommand>> commands;
@@ -105,24 +107,15 @@ TEST(ConsoleNearestName, OffersTheClosestRegisteredNameOrNone) {
     const char* offered;
   };
   const Row rows[] = {
-      {"ecoh", "echo"},                  // two letters swapped count as one edit
-      {"QUTI", "quit"},                  // case is ignored
       {"mp", "map"},                     // one edit for a short name
       {"kicl", "kick"},                  // a tie goes to the first alphabetically
-      {"ab", ""},                        // short names get no more than one edit
       {"tw_loda", "tw_load"},            // two edits for a longer name
       {"tw_kygrupsave", "tw_keygroupsave"},
       {"tw_keygroupsaveall", ""},        // three edits are too many
       {"hostnme", "Hostname"},           // variables too, spelt as registered
-      {"sim_con", "sim_connect"},        // a beginning of a name
       {"tw_keygroup", "tw_keygroupcopy"},  // the shortest of several, then the first alphabetically
       {"si", ""},                        // too short a beginning
       {"tw__dbx", ""},                   // internal names are never offered
-      {"nosuchcommand", ""},
   };
   for (const Row& row : rows) EXPECT_EQ(console.NearestName(row.typed), row.offered) << row.typed;
-  OutputCapture out;
-  console.PrintUnknown("ecoh");
-  console.PrintUnknown("nosuchcommand");
-  EXPECT_EQ(out.Text(), "Unknown command \"ecoh\"\n  Did you mean \"echo\"?\nUnknown command \"nosuchcommand\"\n");
 }

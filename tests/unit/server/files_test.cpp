@@ -1,4 +1,6 @@
-// The file system's path rules and file operations, forged and closed handles included.
+// The file system's path rules, the cost of a file test, and its refusals: bad modes, folders, missing
+// files, forged and closed handles. Reading lines and writing files as scripts see them are in the
+// scenarios library/mexec and keygroups/files.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -79,24 +81,6 @@ TEST_F(FileSystemTest, AFileTestAllocatesNothing) {
   EXPECT_TRUE(found[1] && found[2] && found[4]);
   EXPECT_FALSE(found[3]);
 #endif
-}
-
-TEST_F(FileSystemTest, WritesAppendsAndReads) {
-  FileHandle_t f = files->Open("cfg/new.txt", "w");
-  EXPECT_EQ(files->Write("abc", 3, f), 3);
-  files->Close(f);
-  f = files->Open("cfg/new.txt", "ab");
-  files->Write("de\nf", 4, f);
-  files->Close(f);
-  f = files->Open("cfg/new.txt", "rb");
-  EXPECT_EQ(files->Size(f), 7u);
-  char line[64];
-  EXPECT_STREQ(files->ReadLine(line, sizeof line, f), "abcde\n");
-  EXPECT_FALSE(files->EndOfFile(f));
-  EXPECT_EQ(files->Read(line, sizeof line, f), 1);
-  EXPECT_TRUE(files->EndOfFile(f));
-  files->Close(f);
-  EXPECT_EQ(files->OpenCount(), 0u);
 }
 
 TEST_F(FileSystemTest, RefusesBadModesFoldersMissingFilesAndForgedHandles) {

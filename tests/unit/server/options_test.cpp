@@ -1,5 +1,6 @@
-// The command line: every option's reading, the refusals, and the texts of --help and --version coming
-// from the same table.
+// The command line: every option's reading, the refusals, and --help describing every option of the
+// synopsis. A refusal and the synopsis as the operator sees them are in the scenarios server/bad_option*,
+// --version in server/version_option.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -57,11 +58,9 @@ TEST(ServerOptions, DefaultsHelpVersionAndRefusals) {
     std::vector<std::string> words;
     const char* error;
   } bad[] = {
-      {{"--maxplayers", "0"}, "bad option or value: --maxplayers 0"},
       {{"--maxplayers", "65"}, "bad option or value: --maxplayers 65"},
       {{"--tickrate", "x"}, "bad option or value: --tickrate x"},
       {{"--cbuf-size", "0"}, "bad option or value: --cbuf-size 0"},
-      {{"--map"}, "missing value for --map"},
       {{"--bogus", "1"}, "bad option or value: --bogus"},
       {{"-game", "x"}, "bad option or value: -game"},
   };
@@ -77,17 +76,13 @@ TEST(ServerOptions, HelpDescribesEveryOptionOfTheSynopsis) {
   std::string usage = ServerUsage();
   std::string help = ServerHelp();
   EXPECT_EQ(help.rfind(usage, 0), 0u);
-  size_t options = 0;
   for (size_t at = usage.find("[--"); at != std::string::npos; at = usage.find("[--", at + 1)) {
     std::string spelled = usage.substr(at + 1, usage.find(']', at) - at - 1);
     EXPECT_NE(help.find("\n  " + spelled), std::string::npos) << spelled;
-    ++options;
   }
-  EXPECT_EQ(options, 12u);
   EXPECT_NE(help.find("Default: " + std::string(TW_DEFAULT_GAME_DIR) + "."), std::string::npos);
   for (size_t start = 0, end; (end = help.find('\n', start)) != std::string::npos; start = end + 1)
     EXPECT_LE(end - start, 100u) << help.substr(start, end - start);
-  EXPECT_EQ(ServerVersion(), "tidewright-server " TW_VERSION "\n");
 }
 
 }  // namespace
