@@ -156,16 +156,16 @@ void* MapHugeBlock(size_t bytes) {
   const size_t head = (kHugePage - reinterpret_cast<uintptr_t>(start) % kHugePage) % kHugePage;
   char* aligned = start + head;
   if (head) munmap(start, head);
-  if (head < kHugePage) munmap(aligned + size, kHugePage - head);
+  munmap(aligned + size, kHugePage - head);
   madvise(aligned, size, MADV_HUGEPAGE);
   return aligned;
 }
 
 // Slots of one size carved in order from huge pieces, so that a tree's nodes lie side by side; a freed slot
 // goes on a free list for the next node. Requests of a piece or more (the value texts' own pieces) take
-// huge blocks of their own (given back when freed); other sizes come from malloc. Each block starts with a word that tells these
-// apart: 0 for a slot, 1 for malloc, else the size of the mapping. The sanitizer build takes every slot from
-// malloc, so that a node used after it is freed is still caught.
+// huge blocks of their own, given back when freed; other sizes come from malloc. Each block starts with a
+// word that tells these apart: 0 for a slot, 1 for malloc, else the size of the mapping. The sanitizer
+// build takes every slot from malloc, so that a node used after it is freed is still caught.
 class NodePool {
 public:
   void* Alloc(size_t size) {
