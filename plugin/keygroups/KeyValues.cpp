@@ -97,8 +97,10 @@ HandleTable<KeyValues>& Handles() {
 }
 
 // The nodes' value texts. Short texts take a block of a size class, reused through a free list and never
-// given back; longer ones come from the heap. The byte before a text names its class (0: the heap). The
-// sanitizer build takes every text from the heap, so that a text used after it is freed is still caught.
+// given back; blocks are cut in order from large pieces of the engine's node memory, so that a tree's texts
+// lie side by side with few pages to fault in. Longer texts come from the heap. The byte before a text names
+// its class (0: the heap). The sanitizer build takes every text from the heap, so that a text used after it
+// is freed is still caught.
 class TextPool {
 public:
   char* Copy(const char* text, size_t length) {
@@ -124,7 +126,8 @@ public:
 private:
   static constexpr size_t kClassBytes = 16;  // class c holds blocks of c * 16 bytes, header included
   static constexpr int kClasses = 4;
-  static constexpr size_t kPieceBytes = 64 * 1024;
+  // A piece and the engine's header fill a 2 MB huge page.
+  static constexpr size_t kPieceBytes = (size_t(2) << 20) - 8;
   struct FreeBlock {
     FreeBlock* next;
   };
@@ -133,11 +136,15 @@ private:
 #if !defined(TW_SANITIZE)
     const size_t sizeClass = (bytes + 1 + kClassBytes - 1) / kClassBytes;
     if (sizeClass <= size_t(kClasses)) {
-      if (!m_free[sizeClass]) AddPiece(sizeClass);
       char* block = reinterpret_cast<char*>(m_free[sizeClass]);
-      m_free[sizeClass] = m_free[sizeClass]->next;
-      block[0] = char(sizeClass);
-      return block + 1;
+      if (block)
+        m_free[sizeClass] = m_free[sizeClass]->next;
+      else
+        block = Cut(sizeClass * kClassBytes);
+      if (block) {
+        block[0] = char(sizeClass);
+        return block + 1;
+      }
     }
 #endif
     char* block = static_cast<char*>(malloc(bytes + 1));
@@ -146,19 +153,22 @@ private:
     return block + 1;
   }
 
-  void AddPiece(size_t sizeClass) {
-    char* piece = static_cast<char*>(malloc(kPieceBytes));
-    if (!piece) abort();
-    const size_t blockBytes = sizeClass * kClassBytes;
-    for (size_t at = kPieceBytes / blockBytes * blockBytes; at > 0;) {
-      at -= blockBytes;
-      auto* slot = reinterpret_cast<FreeBlock*>(piece + at);
-      slot->next = m_free[sizeClass];
-      m_free[sizeClass] = slot;
+  // A new block from the current piece; null when no piece can be had.
+  char* Cut(size_t blockBytes) {
+    if (m_pieceLeft < blockBytes) {
+      m_pieceNext = static_cast<char*>(System()->AllocKeyValuesMemory(int(kPieceBytes)));
+      m_pieceLeft = m_pieceNext ? kPieceBytes : 0;
+      if (!m_pieceNext) return nullptr;
     }
+    char* block = m_pieceNext;
+    m_pieceNext += blockBytes;
+    m_pieceLeft -= blockBytes;
+    return block;
   }
 
   FreeBlock* m_free[kClasses + 1] = {};
+  char* m_pieceNext = nullptr;
+  size_t m_pieceLeft = 0;
 };
 
 // Constant-initialised and never destroyed: nodes may be made before any constructor runs and outlive
@@ -239,12 +249,34 @@ inline uint64_t QuotedStops(uint64_t w) {
   return below14 | BytesEqual(w, '"');
 }
 
+// Where a word of eight bytes may be read in a text that ends in a zero byte, at a place before that zero.
+// A word that stays in the page of its first byte is readable, as that page holds text: a large text is
+// read once, not first measured. The sanitizer build measures the text instead, as it rightly reports a
+// word read past the end of an allocation.
+class TextEnd {
+public:
+#if defined(TW_SANITIZE)
+  explicit TextEnd(const unsigned char* text) : m_limit(text + strlen(reinterpret_cast<const char*>(text)) + 1) {}
+  bool WordFits(const unsigned char* p) const { return m_limit - p >= 8; }
+
+private:
+  const unsigned char* m_limit;  // one past the terminating zero
+#else
+  explicit TextEnd(const unsigned char*) {}
+  bool WordFits(const unsigned char* p) const {
+    return reinterpret_cast<uintptr_t>(p) % kPageBytes <= kPageBytes - 8;
+  }
+
+private:
+  static constexpr uintptr_t kPageBytes = 4096;
+#endif
+};
+
 // The first stop byte of a token: `Stops` marks the bytes of a word that may end it; the class decides.
-// `limit` is one past the text's terminating zero.
 template <uint64_t (*Stops)(uint64_t), unsigned char kStopClass>
-const unsigned char* TokenEnd(const unsigned char* p, const unsigned char* limit) {
+const unsigned char* TokenEnd(const unsigned char* p, TextEnd end) {
   for (;;) {
-    if (limit - p >= 8) {
+    if (end.WordFits(p)) {
       uint64_t word;
       memcpy(&word, p, 8);
       if (uint64_t stops = Stops(word)) {
@@ -285,17 +317,17 @@ const char* TokenText(const unsigned char* begin, size_t length) {
 // never changes its text, so an entry stays right for the life of the process.
 class RecentNames {
 public:
-  // The symbol of the `length` bytes at `source`, read never at or past `limit` (at most 1023 bytes). Up to
-  // 24 bytes, the three words that cover a name are the name. Two names share a set; the one found last
-  // stands first.
-  int SymbolOf(const unsigned char* source, size_t length, const unsigned char* limit) {
+  // The symbol of the `length` bytes at `source` (at most 1023 bytes, followed somewhere by a zero byte that
+  // `end` bounds). Up to 24 bytes, the three words that cover a name are the name. Two names share a set;
+  // the one found last stands first.
+  int SymbolOf(const unsigned char* source, size_t length, TextEnd end) {
     if (length > kLongest) return System()->GetSymbolForString(TokenText(source, length));
     Entry key{{0, 0, 0}, uint32_t(length), -1};
     if (length >= 8) {
       memcpy(&key.words[0], source, 8);
       memcpy(&key.words[1], source + std::min<size_t>(8, length - 8), 8);
       memcpy(&key.words[2], source + length - 8, 8);
-    } else if (limit - source >= 8) {
+    } else if (end.WordFits(source)) {
       memcpy(&key.words[0], source, 8);
       key.words[0] &= (uint64_t(1) << (8 * length)) - 1;
     } else {
@@ -334,7 +366,7 @@ int SymbolOf(const char* name) {
   const size_t length = strlen(name);
   if (length > RecentNames::kLongest) return System()->GetSymbolForString(name);
   const auto* bytes = reinterpret_cast<const unsigned char*>(name);
-  return s_recentNames.SymbolOf(bytes, length, bytes + length + 1);
+  return s_recentNames.SymbolOf(bytes, length, TextEnd(bytes));
 }
 
 }  // namespace
@@ -353,12 +385,12 @@ struct KeyValuesToken {
 class KeyValuesLexer {
 public:
   explicit KeyValuesLexer(const char* text)
-      : m_p(reinterpret_cast<const unsigned char*>(text)), m_limit(m_p + strlen(text) + 1) {}
+      : m_p(reinterpret_cast<const unsigned char*>(text)), m_end(m_p) {}
   bool Stopped() const { return !m_p; }
   void Stop() { m_p = nullptr; }
 
   int Symbol(const KeyValuesToken& token) const {
-    return s_recentNames.SymbolOf(reinterpret_cast<const unsigned char*>(token.text), token.length, m_limit);
+    return s_recentNames.SymbolOf(reinterpret_cast<const unsigned char*>(token.text), token.length, m_end);
   }
 
   __attribute__((always_inline)) KeyValuesToken Next() {
@@ -379,7 +411,7 @@ public:
       m_p = p + 1;
       return token;
     }
-    const unsigned char* end = TokenEnd<PlainStops, kEndsPlain>(p, m_limit);
+    const unsigned char* end = TokenEnd<PlainStops, kEndsPlain>(p, m_end);
     token.length = KeptLength(p, end);
     m_p = end;
     return token;
@@ -388,7 +420,7 @@ public:
 private:
   // A line end inside the quotes ends the token there and stays unread; the end of the text gives none.
   const unsigned char* ReadQuoted(const unsigned char* begin, KeyValuesToken& token) {
-    const unsigned char* end = TokenEnd<QuotedStops, kEndsQuoted>(begin, m_limit);
+    const unsigned char* end = TokenEnd<QuotedStops, kEndsQuoted>(begin, m_end);
     token.length = KeptLength(begin, end);
     token.quoted = true;
     if (*end == '"') {
@@ -405,7 +437,7 @@ private:
   }
 
   const unsigned char* m_p;
-  const unsigned char* m_limit;  // one past the text's terminating zero
+  TextEnd m_end;
 };
 
 namespace {
@@ -501,6 +533,39 @@ float DecimalToFloat(const char* token) {
   return negative ? -value : value;
 }
 
+// The common numbers, read straight from the token's bytes: a sign, at most nine digits, and optionally a
+// point and at most nine more, one digit at least. They get the answer ClassifyValue and DecimalToFloat give
+// on a terminated copy; kText sends every other token that way.
+ValueKind ReadPlainNumber(const char* token, size_t length, int& asInt, float& asFloat) {
+  constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f};
+  constexpr ptrdiff_t kMaxRun = 9;
+  const char* p = token;
+  const char* end = token + length;
+  const bool negative = p < end && *p == '-';
+  if (p < end && (*p == '+' || *p == '-')) ++p;
+  uint64_t mantissa = 0;
+  const char* run = p;
+  for (; p < end && unsigned(*p - '0') < 10; ++p) mantissa = mantissa * 10 + unsigned(*p - '0');
+  const ptrdiff_t whole = p - run;
+  if (whole > kMaxRun) return ValueKind::kText;
+  if (p == end) {
+    if (whole == 0) return ValueKind::kText;
+    asInt = negative ? -int(mantissa) : int(mantissa);
+    return ValueKind::kInt;
+  }
+  if (*p != '.') return ValueKind::kText;
+  run = ++p;
+  while (p < end && unsigned(*p - '0') < 10) ++p;
+  if (p != end || p - run > kMaxRun || whole + (p - run) == 0) return ValueKind::kText;
+  while (p > run && p[-1] == '0') --p;  // trailing zeros of the fraction change nothing
+  const ptrdiff_t fraction = p - run;
+  for (; run < p; ++run) mantissa = mantissa * 10 + unsigned(*run - '0');
+  if (mantissa > (uint64_t(1) << 24)) return ValueKind::kText;
+  const float value = float(mantissa) / kPowersOfTen[fraction];
+  asFloat = negative ? -value : value;
+  return ValueKind::kFloat;
+}
+
 // ---- the writer ----
 
 // Text of a name or value as the writer puts it between quotes.
@@ -541,20 +606,24 @@ KeyValues::KeyValues(const char* name) : m_pValue(nullptr) { SetName(name); }
 KeyValues::~KeyValues() {
   if (m_pSub) DestroyChain(m_pSub);
   if (m_pPeer) DestroyChain(m_pPeer);
-  if (m_sValue || m_wsValue) ClearValue();
+  if (m_sValue) ClearValue();
   if (m_handle) Handles().Remove(m_handle);
 }
 
 void KeyValues::deleteThis() { delete this; }
 
 // Each node of the chain goes before its children, in the order the reader made them, so that the node
-// memory is handed back (and out again to the next tree) in one sweep. Recursion follows the depth only.
+// memory is handed back (and out again to the next tree) in one sweep. A node's value and handle are let go
+// here, which leaves its destructor nothing to do, so that only its memory is handed back. Recursion follows
+// the depth only.
 void KeyValues::DestroyChain(KeyValues* node) {
+  IKeyValuesSystem* system = System();
   while (node) {
     KeyValues* sub = node->m_pSub;
     KeyValues* next = node->m_pPeer;
-    node->m_pSub = node->m_pPeer = nullptr;
-    delete node;
+    s_texts.Free(node->m_sValue);
+    if (node->m_handle) Handles().Remove(node->m_handle);
+    system->FreeKeyValuesMemory(node);
     if (sub) DestroyChain(sub);
     node = next;
   }
@@ -563,8 +632,6 @@ void KeyValues::DestroyChain(KeyValues* node) {
 void KeyValues::ClearValue() {
   s_texts.Free(m_sValue);
   m_sValue = nullptr;
-  delete[] m_wsValue;
-  m_wsValue = nullptr;
 }
 
 uint64_t KeyValues::GetHandle() {
@@ -1054,8 +1121,21 @@ void KeyValues::SetValueFromToken(const char* token, size_t length) {
     m_iDataType = TYPE_STRING;
     return;
   }
-  const char* terminated = TokenText(reinterpret_cast<const unsigned char*>(token), length);
   int asInt = 0;
+  float asFloat = 0.0f;
+  switch (ReadPlainNumber(token, length, asInt, asFloat)) {
+    case ValueKind::kInt:
+      m_iValue = asInt;
+      m_iDataType = TYPE_INT;
+      return;
+    case ValueKind::kFloat:
+      m_flValue = asFloat;
+      m_iDataType = TYPE_FLOAT;
+      return;
+    case ValueKind::kText:
+      break;
+  }
+  const char* terminated = TokenText(reinterpret_cast<const unsigned char*>(token), length);
   switch (ClassifyValue(terminated, asInt)) {
     case ValueKind::kInt:
       m_iValue = asInt;

@@ -103,18 +103,18 @@ private:
   void RecursiveSaveToFile(std::string& out, int indent);
   void ClearValue();
 
+  // 48 bytes: a file of many keys is many nodes.
   int m_iKeyName = -1;
+  unsigned char m_iDataType = TYPE_NONE;
+  bool m_bHasEscapeSequences = false;
   char* m_sValue = nullptr;
-  wchar_t* m_wsValue = nullptr;
   union {
     int m_iValue;
     float m_flValue;
     void* m_pValue;
     unsigned char m_Color[4];
   };
-  int m_iDataType = TYPE_NONE;
   KeyValues* m_pPeer = nullptr;
   KeyValues* m_pSub = nullptr;
-  bool m_bHasEscapeSequences = false;
   uint64_t m_handle = 0;
 };

@@ -2,6 +2,8 @@
 // same integer everywhere in the process, and a symbol's text is the spelling first seen. Node memory comes
 // from a pool of fixed-size slots that is reused and never given back, as trees are built and dropped by
 // the thousand.
+#include <sys/mman.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -62,12 +64,11 @@ public:
 private:
   static constexpr uint32_t kEmpty = 0;
   static constexpr size_t kArenaPiece = 64 * 1024;
-  // The text is kept beside the symbol, so that a name found costs one look at the table and one at its
-  // text.
+  // Eight bytes a slot, so that the table of a large file's names stays small enough for the cache: a new
+  // name costs one look at the table, and a name found one more at its text.
   struct Slot {
     uint32_t hash = kEmpty;
     HKeySymbol symbol = INVALID_KEY_SYMBOL;
-    const char* text = nullptr;
   };
 
   HKeySymbol Lookup(const char* name) {
@@ -77,7 +78,7 @@ private:
     for (size_t i = hash & m_mask;; i = (i + 1) & m_mask) {
       Slot& slot = m_slots[i];
       if (slot.hash == kEmpty) return Insert(slot, hash, name, length);
-      if (slot.hash == hash && SameName(slot.text, name, length)) return slot.symbol;
+      if (slot.hash == hash && SameName(m_texts[size_t(slot.symbol)], name, length)) return slot.symbol;
     }
   }
 
@@ -97,7 +98,7 @@ private:
   HKeySymbol Insert(Slot& slot, uint32_t hash, const char* name, size_t length) {
     HKeySymbol symbol = HKeySymbol(m_texts.size());
     m_texts.push_back(StoreText(name, length));
-    slot = {hash, symbol, m_texts.back()};
+    slot = {hash, symbol};
     if (m_texts.size() * 2 > m_slots.size()) Grow();
     return symbol;
   }
@@ -143,15 +144,36 @@ private:
 
 // ---- node memory ----
 
-// Slots of one size in pieces of many; a freed slot goes on a free list for the next node. Each block
-// starts with a word that tells a pool slot from a larger request served by malloc. The sanitizer build
-// takes every block from malloc, so that a node used after it is freed is still caught.
+constexpr size_t kHugePage = size_t(2) << 20;
+
+// Fresh memory in whole 2 MB pieces aligned to 2 MB, on huge pages where the kernel gives them: a large file
+// read into new nodes then costs a few page faults instead of thousands. Null when the system refuses.
+void* MapHugeBlock(size_t bytes) {
+  const size_t size = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+  void* mapped = mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED) return nullptr;
+  auto* start = static_cast<char*>(mapped);
+  const size_t head = (kHugePage - reinterpret_cast<uintptr_t>(start) % kHugePage) % kHugePage;
+  char* aligned = start + head;
+  if (head) munmap(start, head);
+  munmap(aligned + size, kHugePage - head);
+  madvise(aligned, size, MADV_HUGEPAGE);
+  return aligned;
+}
+
+// Slots of one size carved in order from huge pieces, so that a tree's nodes lie side by side; a freed slot
+// goes on a free list for the next node. Requests of a piece or more (the value texts' own pieces) take
+// huge blocks of their own, given back when freed; other sizes come from malloc. Each block starts with a
+// word that tells these apart: 0 for a slot, 1 for malloc, else the size of the mapping. The sanitizer
+// build takes every slot from malloc, so that a node used after it is freed is still caught.
 class NodePool {
 public:
   void* Alloc(size_t size) {
 #if !defined(TW_SANITIZE)
     if (size <= kSlotSize - kHeader) return Carve();
 #endif
+    if (size + kHeader >= kHugePage)
+      if (void* large = MapLarge(size)) return large;
     auto* block = static_cast<uint64_t*>(malloc(size + kHeader));
     if (!block) return nullptr;
     *block = kFromHeap;
@@ -165,6 +187,10 @@ public:
       free(block);
       return;
     }
+    if (*block != kFromPool) {
+      munmap(block, size_t(*block));
+      return;
+    }
     auto* slot = reinterpret_cast<FreeSlot*>(block);
     slot->next = m_free;
     m_free = slot;
@@ -172,8 +198,7 @@ public:
 
 private:
   static constexpr size_t kHeader = 8;     // keeps the 8-byte alignment that a node needs
-  static constexpr size_t kSlotSize = 80;  // a node of this build is 72 bytes
-  static constexpr size_t kSlotsPerPiece = 4096;
+  static constexpr size_t kSlotSize = 56;  // a node of this build is 48 bytes
   static constexpr uint64_t kFromPool = 0;
   static constexpr uint64_t kFromHeap = 1;
 
@@ -182,26 +207,40 @@ private:
   };
 
   void* Carve() {
-    if (!m_free) AddPiece();
-    FreeSlot* slot = m_free;
-    m_free = slot->next;
-    auto* block = reinterpret_cast<uint64_t*>(slot);
+    uint64_t* block;
+    if (m_free) {
+      block = reinterpret_cast<uint64_t*>(m_free);
+      m_free = m_free->next;
+    } else {
+      if (m_pieceLeft < kSlotSize && !AddPiece()) return nullptr;
+      block = reinterpret_cast<uint64_t*>(m_pieceNext);
+      m_pieceNext += kSlotSize;
+      m_pieceLeft -= kSlotSize;
+    }
     *block = kFromPool;
     return reinterpret_cast<char*>(block) + kHeader;
   }
 
-  void AddPiece() {
-    m_pieces.push_back(std::make_unique_for_overwrite<char[]>(kSlotSize * kSlotsPerPiece));
-    char* piece = m_pieces.back().get();
-    for (size_t i = kSlotsPerPiece; i-- > 0;) {
-      auto* slot = reinterpret_cast<FreeSlot*>(piece + i * kSlotSize);
-      slot->next = m_free;
-      m_free = slot;
-    }
+  bool AddPiece() {
+    void* piece = MapHugeBlock(kHugePage);
+    if (!piece) piece = malloc(kHugePage);
+    if (!piece) return false;
+    m_pieceNext = static_cast<char*>(piece);
+    m_pieceLeft = kHugePage;
+    return true;
+  }
+
+  void* MapLarge(size_t size) {
+    const size_t bytes = (size + kHeader + kHugePage - 1) / kHugePage * kHugePage;
+    auto* block = static_cast<uint64_t*>(MapHugeBlock(bytes));
+    if (!block) return nullptr;
+    *block = bytes;
+    return reinterpret_cast<char*>(block) + kHeader;
   }
 
   FreeSlot* m_free = nullptr;
-  std::vector<std::unique_ptr<char[]>> m_pieces;
+  char* m_pieceNext = nullptr;
+  size_t m_pieceLeft = 0;
 };
 
 class CKeyValuesSystem final : public IKeyValuesSystem {
