@@ -26,18 +26,24 @@ std::string MakeTempRoot() {
   return pattern;
 }
 
-void WriteFile(const fs::path& path, const std::string& content) {
+}  // namespace
+
+void WriteTestFile(const fs::path& path, const std::string& text) {
   fs::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << content;
+  std::ofstream(path, std::ios::binary) << text;
 }
 
-}  // namespace
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+    text.replace(at, from.size(), to);
+  return text;
+}
 
 TestServer::TestServer() : TestServer(Options{}) {}
 
 TestServer::TestServer(const Options& options) : m_root(MakeTempRoot()) {
   fs::copy(fs::path(TW_DEMO_TREE), m_root, fs::copy_options::recursive);
-  for (const auto& [path, content] : options.files) WriteFile(fs::path(GameDir()) / path, content);
+  for (const auto& [path, content] : options.files) WriteTestFile(fs::path(GameDir()) / path, content);
 
   std::vector<std::string> words = {"tidewright-server", "--game", GameDir()};
   words.insert(words.end(), options.args.begin(), options.args.end());

@@ -19,6 +19,7 @@
 // console handlers and the interface factories belong to it, and the shared one is current again after.
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -59,3 +60,8 @@ private:
   std::string m_startup;
   CStandIn* m_server = nullptr;
 };
+
+// Writes `text` to `path`, making the folders on the way.
+void WriteTestFile(const std::filesystem::path& path, const std::string& text);
+// `text` with every `from` replaced by `to`.
+std::string Replaced(std::string text, const std::string& from, const std::string& to);

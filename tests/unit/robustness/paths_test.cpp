@@ -17,17 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void Write(const fs::path& path, const std::string& text) {
-  fs::create_directories(path.parent_path());
-  std::ofstream(path) << text;
-}
-
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
-  return text;
-}
-
 std::set<std::string> Listing(const fs::path& dir) {
   std::set<std::string> names;
   for (const auto& entry : fs::recursive_directory_iterator(dir)) names.insert(entry.path().string());
@@ -50,9 +39,9 @@ class Paths : public ::testing::Test {
 protected:
   void SetUp() override {
     outside = fs::path(server.Root()).string() + "-paths";
-    Write(outside / "evil.cfg", "echo OUTSIDE exec ran\n");
-    Write(outside / "x/tw_x.txt", "block load\n{\n  echo OUTSIDE script loaded\n}\n");
-    Write(outside / "tw_kept_db.txt", "\"kept\"\n{\n  \"k\"\n  {\n    \"v\" \"OUTSIDE\"\n  }\n}\n");
+    WriteTestFile(outside / "evil.cfg", "echo OUTSIDE exec ran\n");
+    WriteTestFile(outside / "x/tw_x.txt", "block load\n{\n  echo OUTSIDE script loaded\n}\n");
+    WriteTestFile(outside / "tw_kept_db.txt", "\"kept\"\n{\n  \"k\"\n  {\n    \"v\" \"OUTSIDE\"\n  }\n}\n");
     sqlite3* db = nullptr;
     sqlite3_open((outside / "tw_canary.sqldb").c_str(), &db);
     sqlite3_exec(db, "create table t(x); insert into t values('OUTSIDE');", nullptr, nullptr, nullptr);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "test_server.h"
@@ -13,25 +12,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void Write(const fs::path& path, const std::string& text) {
-  fs::create_directories(path.parent_path());
-  std::ofstream(path) << text;
-}
-
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-    text.replace(at, from.size(), to);
-  return text;
-}
-
 class Links : public ::testing::Test {
 protected:
   void SetUp() override {
     outside = fs::path(server.Root()).parent_path() / (fs::path(server.Root()).filename().string() + "-outside");
     fs::create_directories(outside);
-    Write(outside / "evil.cfg", "echo an outside file ran\n");
-    Write(outside / "x/tw_x.txt", "block load\n{\n  echo an outside script loaded\n}\n");
-    Write(outside / "tw_kept_db.txt", "\"kept\"\n{\n  \"k\" \"outside\"\n}\n");
+    WriteTestFile(outside / "evil.cfg", "echo an outside file ran\n");
+    WriteTestFile(outside / "x/tw_x.txt", "block load\n{\n  echo an outside script loaded\n}\n");
+    WriteTestFile(outside / "tw_kept_db.txt", "\"kept\"\n{\n  \"k\" \"outside\"\n}\n");
     fs::path game = server.GameDir();
     fs::create_directory_symlink(outside, game / "cfg/inlink");
     fs::create_directory_symlink(outside, game / "addons/tidewright/inlink");
@@ -78,7 +66,7 @@ TEST_F(Links, LeadingOutIsRefusedAsDotDotIs) {
 }
 
 TEST_F(Links, StayingInsideIsFollowed) {
-  Write(fs::path(server.GameDir()) / "addons/inner.cfg", "echo an inner file ran\n");
+  WriteTestFile(fs::path(server.GameDir()) / "addons/inner.cfg", "echo an inner file ran\n");
   EXPECT_EQ(server.Run("exec inside/inner"), "an inner file ran\n");
 }
 
