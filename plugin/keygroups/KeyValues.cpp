@@ -463,104 +463,67 @@ bool IsDecimalNumber(const char* t) {
   return *t == '\0';
 }
 
-enum class ValueKind { kText, kInt, kFloat };
+enum class ValueKind { kText, kInt, kFloat, kUnsure };
 
 // White space as strtol skips it.
 inline bool IsCSpace(unsigned char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // The type rule: an integer when strtol takes the whole token and it fits in 32 bits, a float when it is a
-// decimal number that strtol doesn't take whole, else text. Tokens without leading white space take the
-// quick way; the answer is the same either way.
+// decimal number that strtol doesn't take whole (its value strtof's), else text.
 // Only a token that starts so can be a number, leading white space included.
 inline bool MayBeNumber(unsigned char first) {
   return (first >= '0' && first <= '9') || first == '-' || first == '+' || first == '.' || IsCSpace(first);
 }
 
-ValueKind ClassifyValue(const char* token, int& asInt) {
-  const unsigned char first = static_cast<unsigned char>(token[0]);
-  if (!first || !MayBeNumber(first)) return ValueKind::kText;
-  if (IsCSpace(static_cast<unsigned char>(token[0]))) {
-    char* intEnd = nullptr;
-    errno = 0;
-    long asLong = strtol(token, &intEnd, 10);
-    if (*intEnd == '\0') {
-      if (errno != 0 || asLong < INT_MIN || asLong > INT_MAX) return ValueKind::kText;
-      asInt = int(asLong);
-      return ValueKind::kInt;
-    }
-    return IsDecimalNumber(token) ? ValueKind::kFloat : ValueKind::kText;
-  }
-  const char* p = token;
-  const bool negative = *p == '-';
-  if (*p == '+' || *p == '-') ++p;
-  const char* digits = p;
-  uint64_t magnitude = 0;
-  for (; *p >= '0' && *p <= '9'; ++p)
-    if (magnitude <= uint64_t(INT_MAX) + 1) magnitude = magnitude * 10 + uint64_t(*p - '0');
-  if (p == digits || *p != '\0') return IsDecimalNumber(token) ? ValueKind::kFloat : ValueKind::kText;
-  if (magnitude > (negative ? uint64_t(INT_MAX) + 1 : uint64_t(INT_MAX))) return ValueKind::kText;
-  asInt = negative ? int(-int64_t(magnitude)) : int(magnitude);
-  return ValueKind::kInt;
-}
-
-// strtof's answer for a decimal number. Without an exponent, with its digits (trailing zeros of the
-// fraction dropped) below 2^24 and at most ten of them behind the point, both operands of one division are
-// exact floats, and the division rounds as strtof does; anything else is left to strtof.
-float DecimalToFloat(const char* token) {
-  constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
-  constexpr int kMaxDigits = 18;
-  const char* p = token;
-  const bool negative = *p == '-';
-  if (*p == '+' || *p == '-') ++p;
-  uint64_t mantissa = 0;
-  int digits = 0, fraction = -1;
-  for (;; ++p) {
-    if (*p >= '0' && *p <= '9') {
-      mantissa = mantissa * 10 + uint64_t(*p - '0');
-      if (++digits > kMaxDigits) return strtof(token, nullptr);
-      if (fraction >= 0) ++fraction;
-    } else if (*p == '.' && fraction < 0) {
-      fraction = 0;
-    } else {
-      break;
-    }
-  }
-  if (*p != '\0') return strtof(token, nullptr);
-  if (fraction < 0) fraction = 0;
-  while (fraction > 0 && mantissa % 10 == 0) mantissa /= 10, --fraction;
-  if (mantissa > (uint64_t(1) << 24) || fraction > 10) return strtof(token, nullptr);
-  float value = float(mantissa) / kPowersOfTen[fraction];
-  return negative ? -value : value;
-}
-
-// The common numbers, read straight from the token's bytes: a sign, at most nine digits, and optionally a
-// point and at most nine more, one digit at least. They get the answer ClassifyValue and DecimalToFloat give
-// on a terminated copy; kText sends every other token that way.
-ValueKind ReadPlainNumber(const char* token, size_t length, int& asInt, float& asFloat) {
-  constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f};
-  constexpr ptrdiff_t kMaxRun = 9;
-  const char* p = token;
-  const char* end = token + length;
-  const bool negative = p < end && *p == '-';
-  if (p < end && (*p == '+' || *p == '-')) ++p;
-  uint64_t mantissa = 0;
-  const char* run = p;
-  for (; p < end && unsigned(*p - '0') < 10; ++p) mantissa = mantissa * 10 + unsigned(*p - '0');
-  const ptrdiff_t whole = p - run;
-  if (whole > kMaxRun) return ValueKind::kText;
-  if (p == end) {
-    if (whole == 0) return ValueKind::kText;
-    asInt = negative ? -int(mantissa) : int(mantissa);
+// The rule applied by the library's readers, on a terminated token.
+ValueKind ClassifyValue(const char* token, int& asInt, float& asFloat) {
+  char* intEnd = nullptr;
+  errno = 0;
+  const long asLong = strtol(token, &intEnd, 10);
+  if (*intEnd == '\0') {
+    if (errno != 0 || asLong < INT_MIN || asLong > INT_MAX) return ValueKind::kText;
+    asInt = int(asLong);
     return ValueKind::kInt;
   }
-  if (*p != '.') return ValueKind::kText;
-  run = ++p;
-  while (p < end && unsigned(*p - '0') < 10) ++p;
-  if (p != end || p - run > kMaxRun || whole + (p - run) == 0) return ValueKind::kText;
-  while (p > run && p[-1] == '0') --p;  // trailing zeros of the fraction change nothing
-  const ptrdiff_t fraction = p - run;
-  for (; run < p; ++run) mantissa = mantissa * 10 + unsigned(*run - '0');
-  if (mantissa > (uint64_t(1) << 24)) return ValueKind::kText;
+  if (!IsDecimalNumber(token)) return ValueKind::kText;
+  asFloat = strtof(token, nullptr);
+  return ValueKind::kFloat;
+}
+
+// The same rule read straight from the token's bytes for the common numbers: a sign, digits and a point,
+// no white space or exponent. A decimal whose digits (trailing zeros of the fraction dropped) are at most
+// 2^24 with at most ten of them behind the point is one division of two exact floats, which rounds as
+// strtof does. kUnsure leaves every other token to ClassifyValue.
+ValueKind ReadNumber(const char* token, size_t length, int& asInt, float& asFloat) {
+  constexpr float kPowersOfTen[] = {1e0f, 1e1f, 1e2f, 1e3f, 1e4f, 1e5f, 1e6f, 1e7f, 1e8f, 1e9f, 1e10f};
+  constexpr int kMaxDigits = 18;  // what a uint64_t holds whatever the digits
+  const char* p = token;
+  const char* end = token + length;
+  if (IsCSpace(static_cast<unsigned char>(*p))) return ValueKind::kUnsure;
+  const bool negative = *p == '-';
+  if (*p == '+' || *p == '-') ++p;
+  uint64_t mantissa = 0;  // wraps past kMaxDigits digits, where it is not used
+  const char* run = p;
+  for (; p < end && unsigned(*p - '0') < 10; ++p) mantissa = mantissa * 10 + unsigned(*p - '0');
+  int digits = int(p - run);
+  int fraction = -1;
+  if (p < end && *p == '.') {
+    run = ++p;
+    while (p < end && unsigned(*p - '0') < 10) ++p;
+    digits += int(p - run);
+    const char* last = p;
+    while (last > run && last[-1] == '0') --last;  // trailing zeros of the fraction change nothing
+    fraction = int(last - run);
+    for (; run < last; ++run) mantissa = mantissa * 10 + unsigned(*run - '0');
+  }
+  if (digits == 0) return ValueKind::kText;
+  if (digits > kMaxDigits || p != end) return ValueKind::kUnsure;
+  if (fraction < 0) {
+    if (mantissa > (negative ? uint64_t(INT_MAX) + 1 : uint64_t(INT_MAX))) return ValueKind::kText;
+    asInt = negative ? int(-int64_t(mantissa)) : int(mantissa);
+    return ValueKind::kInt;
+  }
+  if (mantissa > (uint64_t(1) << 24) || fraction > 10) return ValueKind::kUnsure;
   const float value = float(mantissa) / kPowersOfTen[fraction];
   asFloat = negative ? -value : value;
   return ValueKind::kFloat;
@@ -1113,40 +1076,31 @@ void KeyValues::RecursiveLoadFromBuffer(KeyValuesLexer& lexer, int depth) {
   s_errors.Pop();
 }
 
-// Text values take their bytes straight from the text; a value that may be a number is classified on a
-// terminated copy, as the library's number readers want one.
+// Text values take their bytes straight from the text; a value that may be a number is read from its bytes,
+// or, where that can't tell, classified on a terminated copy, as the library's number readers want one.
 void KeyValues::SetValueFromToken(const char* token, size_t length) {
-  if (!MayBeNumber(static_cast<unsigned char>(token[0])) || length == 0) {
-    m_sValue = NewValueText(token, length);
-    m_iDataType = TYPE_STRING;
-    return;
-  }
   int asInt = 0;
   float asFloat = 0.0f;
-  switch (ReadPlainNumber(token, length, asInt, asFloat)) {
+  ValueKind kind = ValueKind::kText;
+  const char* text = token;
+  if (length && MayBeNumber(static_cast<unsigned char>(token[0]))) {
+    kind = ReadNumber(token, length, asInt, asFloat);
+    if (kind == ValueKind::kUnsure) {
+      text = TokenText(reinterpret_cast<const unsigned char*>(token), length);
+      kind = ClassifyValue(text, asInt, asFloat);
+    }
+  }
+  switch (kind) {
     case ValueKind::kInt:
       m_iValue = asInt;
       m_iDataType = TYPE_INT;
-      return;
+      break;
     case ValueKind::kFloat:
       m_flValue = asFloat;
       m_iDataType = TYPE_FLOAT;
-      return;
-    case ValueKind::kText:
       break;
-  }
-  const char* terminated = TokenText(reinterpret_cast<const unsigned char*>(token), length);
-  switch (ClassifyValue(terminated, asInt)) {
-    case ValueKind::kInt:
-      m_iValue = asInt;
-      m_iDataType = TYPE_INT;
-      break;
-    case ValueKind::kFloat:
-      m_flValue = DecimalToFloat(terminated);
-      m_iDataType = TYPE_FLOAT;
-      break;
-    case ValueKind::kText:
-      m_sValue = NewValueText(terminated, length);
+    default:
+      m_sValue = NewValueText(text, length);
       m_iDataType = TYPE_STRING;
       break;
   }
